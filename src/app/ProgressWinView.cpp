@@ -1,0 +1,45 @@
+#include "ProgressWinView.h"
+
+#include "ControlBinding.h"
+#include "ProgressWin.h"
+
+#include <QGroupBox>
+#include <QPlainTextEdit>
+#include <QProgressBar>
+#include <QPushButton>
+
+ProgressWinView::ProgressWinView(ProgressWin& model, QWidget* parent)
+    : QWidget(parent, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint), m_model(model)
+{
+    setWindowTitle(model.Title());
+    setFixedSize(ProgressWin::DesignWidth, ProgressWin::DesignHeight);
+
+    auto* group = new QGroupBox(this);
+    group->setGeometry(12, 19, 476, 242);
+
+    auto* log = new QPlainTextEdit(this);
+    log->setReadOnly(true);
+    log->setLineWrapMode(QPlainTextEdit::NoWrap);
+    log->setGeometry(20, 28, 460, 225);
+    BindTextArea(log, model.ActivityLog);
+
+    auto* bar = new QProgressBar(this);
+    bar->setTextVisible(false);
+    bar->setGeometry(12, 280, 360, 20);
+    BindProgressBar(bar, model.ProgressBar1);
+
+    auto* close = new QPushButton(this);
+    close->setGeometry(408, 277, 80, 20);
+    BindButton(close, model.CloseIt);
+
+    connect(&model, &ProgressWin::shown, this, [this] {
+        move(m_model.Left, m_model.Top);
+        show();
+    });
+    connect(&model, &ProgressWin::closed, this, &QWidget::hide);
+    connect(&model, &ProgressWin::refreshRequested, this, [this] { update(); });
+    if (model.Visible()) {
+        move(model.Left, model.Top);
+        show();
+    }
+}

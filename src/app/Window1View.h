@@ -1,0 +1,25 @@
+#pragma once
+
+#include "DesignLayout.h"
+
+#include <QMainWindow>
+
+class Window1;
+class ProgressWin;
+
+// Draws Window1's controls at their designed places; holds no state of its own.
+class Window1View : public QMainWindow {
+    Q_OBJECT
+public:
+    explicit Window1View(Window1& controller, QWidget* parent = nullptr);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void ShowProgressWin(ProgressWin* model);
+
+    Window1& m_controller;
+    DesignLayout m_layout;
+};

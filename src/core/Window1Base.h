@@ -1,0 +1,55 @@
+#pragma once
+
+#include "Clock.h"
+#include "Globals.h"
+#include "Label.h"
+#include "PlatformServices.h"
+#include "ProgressWin.h"
+#include "PushButton.h"
+#include "TextArea.h"
+#include "Timer.h"
+
+#include <QObject>
+
+// The part of the main window every layer shares: its controls as models, the
+// start-up flag, the status log and the progress window's accessor. The layers
+// above add their operations by deriving from it, so that each operation stays
+// in the library of its subsystem while remaining a method of the main window.
+class Window1Base : public QObject {
+    Q_OBJECT
+public:
+    Window1Base(Globals& globals, Clock& clock, PlatformServices& platform, QObject* parent = nullptr);
+    ~Window1Base() override;
+
+    Label MCUinstalledText{QStringLiteral("??.??")};
+    Label MCUavailableText{QStringLiteral("missing")};
+    PushButton CheckRevisionsNowButton{QStringLiteral("Check Revisions Now")};
+    PushButton SendVexilButton{QStringLiteral("Send Firmware to Vexil"), false};
+    TextArea StatusField;
+    Timer VexilRevisionsTimer{250};
+
+    bool mStartup = true;
+
+    // Appends Globals.m_StatusMsg to StatusField with the time stamp.
+    void SetStatus();
+    void UpdateTimeStamp();
+
+    // The progress window; touching it creates one when none is open.
+    ProgressWin& GetProgressWin();
+    bool HasProgressWin() const { return m_progressWin != nullptr; }
+
+    Globals& globals() { return m_globals; }
+    Clock& clock() { return m_clock; }
+    PlatformServices& platform() { return m_platform; }
+
+signals:
+    void progressWinCreated(ProgressWin* window);
+
+protected:
+    Globals& m_globals;
+    Clock& m_clock;
+    PlatformServices& m_platform;
+
+private:
+    ProgressWin* m_progressWin = nullptr;
+};

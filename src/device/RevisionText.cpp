@@ -1,0 +1,8 @@
+#include "RevisionText.h"
+
+QString RevisionText(int number)
+{
+    return QStringLiteral("%1.%2")
+        .arg(number / 100, 2, 10, QLatin1Char('0'))
+        .arg(number % 100, 2, 10, QLatin1Char('0'));
+}
