@@ -1,0 +1,14 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds, and launches the utility.
+#   scripts/run.sh          the utility on the real USB device
+#   scripts/run.sh --demo   the same program on a simulated device (no hardware needed);
+#                           further options go to the demo, see --demo --help
+set -euo pipefail
+cd "$(dirname "$0")/.."
+./scripts/setup-deps.sh
+./scripts/build.sh default >/dev/null
+if [ "${1:-}" = "--demo" ]; then
+  shift
+  exec ./build/default/src/app/vexil-utility-demo "$@"
+fi
+exec ./build/default/src/app/vexil-utility

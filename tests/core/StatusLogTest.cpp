@@ -1,0 +1,179 @@
+#include "Globals.h"
+#include "ManualClock.h"
+#include "PlatformServices.h"
+#include "ProgressWin.h"
+#include "Window1Base.h"
+
+#include <QCoreApplication>
+#include <QPointer>
+#include <QSignalSpy>
+#include <QStringList>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace {
+
+class RecordingPlatform final : public PlatformServices {
+public:
+    void MsgBox(const QString& text) override { messages << text; }
+    void Beep() override { ++beeps; }
+
+    QStringList messages;
+    int beeps = 0;
+};
+
+constexpr qint64 Second = 1'000'000;
+
+class StatusLogTest : public ::testing::Test {
+protected:
+    ManualClock clock{QDateTime(QDate(2026, 3, 4), QTime(9, 5, 7))};
+    Globals globals;
+    RecordingPlatform platform;
+    Window1Base window{globals, clock, platform};
+
+    QStringList Lines() const { return window.StatusField.Text().split(QLatin1Char('\n')); }
+
+    // A flag that only a pass of the event loop can set.
+    std::shared_ptr<bool> ArmEventProbe()
+    {
+        auto ran = std::make_shared<bool>(false);
+        QTimer::singleShot(0, &window, [ran] { *ran = true; });
+        return ran;
+    }
+};
+
+TEST_F(StatusLogTest, LineIsTimeOfDayBlankTextNewline)
+{
+    // Single-digit fields must be zero-padded, the hour is 24-hour, and the date never shows.
+    const struct {
+        qint64 advanceUs;
+        const char* stamp;
+    } rows[] = {
+        {0, "09:05:07"},
+        {Second / 2, "09:05:07"},
+        {(4 * 3600 + 55) * Second, "14:06:02"},
+        {(9 * 3600 + 53 * 60 + 56) * Second + Second / 2, "23:59:59"},
+        {Second, "00:00:00"},
+    };
+    QString expected;
+    for (const auto& row : rows) {
+        clock.Advance(row.advanceUs);
+        globals.SetStatusText(QStringLiteral("Vexil firmware revision 01.12"));
+        expected += QLatin1String(row.stamp) + QStringLiteral(" Vexil firmware revision 01.12\n");
+        EXPECT_EQ(globals.mTIMESTAMP, QLatin1String(row.stamp) + QLatin1Char(' '));
+        EXPECT_EQ(window.StatusField.Text(), expected) << row.stamp;
+        EXPECT_EQ(Lines().constLast(), QString());
+    }
+    EXPECT_TRUE(platform.messages.isEmpty());
+    EXPECT_EQ(platform.beeps, 0);
+}
+
+TEST_F(StatusLogTest, VerboseOnlyLinesNeedVerboseButEveryCallPumpsEvents)
+{
+    const struct {
+        bool verboseOnly;
+        bool verbose;
+        bool shown;
+    } rows[] = {
+        {false, false, true},
+        {true, false, false},
+        {true, true, true},
+        {false, true, true},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << "verboseOnly=" << row.verboseOnly << " verbose=" << row.verbose);
+        globals.m_Verbose = row.verbose;
+        globals.m_TraceMode = false;
+        const QString before = window.StatusField.Text();
+        const auto pumped = ArmEventProbe();
+        globals.SetStatusText(QStringLiteral("Erase done"), row.verboseOnly);
+        EXPECT_TRUE(*pumped);
+        EXPECT_EQ(window.StatusField.Text(), row.shown ? before + QStringLiteral("09:05:07 Erase done\n") : before);
+    }
+}
+
+TEST_F(StatusLogTest, SameSecondSharesTheStampWithoutSequenceNumber)
+{
+    globals.SetStatusText(QStringLiteral("first"));
+    clock.Advance(Second * 9 / 10);
+    globals.SetStatusText(QStringLiteral("second"));
+    EXPECT_EQ(Lines(), QStringList({"09:05:07 first", "09:05:07 second", ""}));
+}
+
+TEST_F(StatusLogTest, ScrollKeepsTheLastEightLinesInView)
+{
+    const struct {
+        int lines;
+        int scroll;
+    } rows[] = {{1, 0}, {5, 0}, {8, 0}, {9, 1}, {20, 12}};
+    QSignalSpy scrolled(&window.StatusField, &TextArea::scrollChanged);
+    int written = 0;
+    for (const auto& row : rows) {
+        while (written < row.lines) {
+            globals.SetStatusText(QStringLiteral("line %1").arg(++written));
+            // The view follows the signal, so every line must announce a valid position.
+            ASSERT_EQ(scrolled.size(), written);
+            EXPECT_GE(scrolled.constLast().at(0).toInt(), 0);
+            EXPECT_EQ(scrolled.constLast().at(0).toInt(), window.StatusField.ScrollPosition());
+        }
+        EXPECT_EQ(window.StatusField.LineOfEnd(), row.lines);
+        EXPECT_EQ(window.StatusField.ScrollPosition(), row.scroll) << row.lines << " lines";
+    }
+}
+
+TEST_F(StatusLogTest, NestedCallFromTimerLandsWholeAfterTheOuterLine)
+{
+    QTimer::singleShot(0, &window, [this] {
+        clock.Advance(Second);
+        globals.SetStatusText(QStringLiteral("inner"));
+    });
+    globals.SetStatusText(QStringLiteral("outer"));
+    EXPECT_EQ(Lines(), QStringList({"09:05:07 outer", "09:05:08 inner", ""}));
+}
+
+TEST_F(StatusLogTest, ActivityLogHasNoStampAndScrollsToItsEnd)
+{
+    ProgressWin& progress = window.GetProgressWin();
+    QString expected;
+    for (int n = 1; n <= 12; ++n) {
+        const auto pumped = ArmEventProbe();
+        progress.SetActivityLog(QStringLiteral("packet %1").arg(n));
+        expected += QStringLiteral("packet %1\n").arg(n);
+        EXPECT_TRUE(*pumped);
+        EXPECT_EQ(progress.ActivityLog.Text(), expected);
+        EXPECT_EQ(progress.ActivityLog.ScrollPosition(), n);
+    }
+    EXPECT_EQ(window.StatusField.Text(), QString());
+}
+
+TEST_F(StatusLogTest, ClosedProgressWinIsReplacedByAFreshOne)
+{
+    QSignalSpy created(&window, &Window1Base::progressWinCreated);
+    EXPECT_FALSE(window.HasProgressWin());
+    QPointer<ProgressWin> first = &window.GetProgressWin();
+    EXPECT_EQ(&window.GetProgressWin(), first.data());
+    EXPECT_EQ(created.size(), 1);
+
+    first->SetActivityLog(QStringLiteral("Erasing"));
+    first->Show();
+    QSignalSpy closed(first.data(), &ProgressWin::closed);
+    EXPECT_FALSE(first->CloseIt.Push()) << "Close is disabled while loading";
+    EXPECT_TRUE(first->Visible());
+    first->CloseIt.SetEnabled(true);
+    EXPECT_TRUE(first->CloseIt.Push());
+    EXPECT_FALSE(first->Visible());
+    EXPECT_EQ(closed.size(), 1);
+    EXPECT_FALSE(window.HasProgressWin());
+
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(first.isNull());
+    ProgressWin& second = window.GetProgressWin();
+    EXPECT_EQ(created.size(), 2);
+    EXPECT_EQ(second.ActivityLog.Text(), QString());
+    EXPECT_FALSE(second.Visible());
+}
+
+} // namespace
