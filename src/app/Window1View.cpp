@@ -81,6 +81,8 @@ void Window1View::ShowProgressWin(ProgressWin* model)
     // The view lives exactly as long as its model.
     auto* view = new ProgressWinView(*model);
     connect(model, &QObject::destroyed, view, &QObject::deleteLater);
+    // Closing ends the model's life too; both then go in the same deferred pass.
+    connect(model, &ProgressWin::closed, view, &QObject::deleteLater);
 }
 
 void Window1View::closeEvent(QCloseEvent* event)

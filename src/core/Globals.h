@@ -23,8 +23,8 @@ public:
     QString FTPFile;
     bool mRETR = false;
 
-    // Appends a time-stamped line to the status log (trace-only lines only in
-    // trace mode) and then gives the event loop one pass, shown line or not.
+    // Appends a time-stamped line to the status log (trace-only lines only while
+    // m_Verbose is set) and then gives the event loop one pass, shown line or not.
     void SetStatusText(const QString& text, bool verboseOnly = false);
 
     // The main window whose StatusField receives the lines.

@@ -2,6 +2,7 @@
 #include "ManualClock.h"
 #include "PlatformServices.h"
 #include "ProgressWinView.h"
+#include "QtPrinters.h"
 #include "SimulatedVexil.h"
 #include "VexilHid.h"
 #include "Window1.h"
@@ -18,6 +19,8 @@
 #include <QTest>
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 namespace {
 

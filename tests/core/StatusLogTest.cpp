@@ -2,6 +2,7 @@
 #include "ManualClock.h"
 #include "PlatformServices.h"
 #include "ProgressWin.h"
+#include "QtPrinters.h"
 #include "Window1Base.h"
 
 #include <QCoreApplication>
@@ -54,7 +55,7 @@ TEST_F(StatusLogTest, LineIsTimeOfDayBlankTextNewline)
     } rows[] = {
         {0, "09:05:07"},
         {Second / 2, "09:05:07"},
-        {(4 * 3600 + 55) * Second, "14:06:02"},
+        {(5 * 3600 + 55) * Second, "14:06:02"},
         {(9 * 3600 + 53 * 60 + 56) * Second + Second / 2, "23:59:59"},
         {Second, "00:00:00"},
     };
