@@ -1,6 +1,6 @@
 #include "Globals.h"
 #include "ManualClock.h"
-#include "PlatformServices.h"
+#include "ScriptedPlatformServices.h"
 #include "ProgressWinView.h"
 #include "QtPrinters.h"
 #include "SimulatedVexil.h"
@@ -23,15 +23,6 @@
 #include <algorithm>
 
 namespace {
-
-class RecordingPlatform final : public PlatformServices {
-public:
-    void MsgBox(const QString& text) override { messages << text; }
-    void Beep() override { ++beeps; }
-
-    QStringList messages;
-    int beeps = 0;
-};
 
 template <class W>
 W* FindByText(const QWidget& root, const QString& text)
@@ -62,7 +53,7 @@ protected:
     SimulatedVexil device{clock};
     VexilHid hid{device};
     Globals globals;
-    RecordingPlatform platform;
+    ScriptedPlatformServices platform;
     Window1 window{globals, clock, platform, hid};
     Window1View view{window};
 };
@@ -88,7 +79,7 @@ TEST_F(Window1ViewTest, CheckRevisionsNowRunsThroughTheWidgets)
     EXPECT_TRUE(send->isEnabled());
     EXPECT_EQ(installed->text(), QStringLiteral("00.57"));
     EXPECT_EQ(device.CountCommands('G'), 1);
-    EXPECT_TRUE(platform.messages.isEmpty());
+    EXPECT_TRUE(platform.calls.isEmpty());
 
     // A disabled widget must not reach the model: no second check is armed.
     window.CheckRevisionsNowButton.SetEnabled(false);

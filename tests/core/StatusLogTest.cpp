@@ -1,6 +1,6 @@
 #include "Globals.h"
 #include "ManualClock.h"
-#include "PlatformServices.h"
+#include "ScriptedPlatformServices.h"
 #include "ProgressWin.h"
 #include "QtPrinters.h"
 #include "Window1Base.h"
@@ -17,22 +17,13 @@
 
 namespace {
 
-class RecordingPlatform final : public PlatformServices {
-public:
-    void MsgBox(const QString& text) override { messages << text; }
-    void Beep() override { ++beeps; }
-
-    QStringList messages;
-    int beeps = 0;
-};
-
 constexpr qint64 Second = 1'000'000;
 
 class StatusLogTest : public ::testing::Test {
 protected:
     ManualClock clock{QDateTime(QDate(2026, 3, 4), QTime(9, 5, 7))};
     Globals globals;
-    RecordingPlatform platform;
+    ScriptedPlatformServices platform;
     Window1Base window{globals, clock, platform};
 
     QStringList Lines() const { return window.StatusField.Text().split(QLatin1Char('\n')); }
@@ -68,8 +59,7 @@ TEST_F(StatusLogTest, LineIsTimeOfDayBlankTextNewline)
         EXPECT_EQ(window.StatusField.Text(), expected) << row.stamp;
         EXPECT_EQ(Lines().constLast(), QString());
     }
-    EXPECT_TRUE(platform.messages.isEmpty());
-    EXPECT_EQ(platform.beeps, 0);
+    EXPECT_TRUE(platform.calls.isEmpty());
 }
 
 TEST_F(StatusLogTest, VerboseOnlyLinesNeedVerboseButEveryCallPumpsEvents)
