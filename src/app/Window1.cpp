@@ -3,7 +3,7 @@
 #include "Version.h"
 
 Window1::Window1(Globals& globals, Clock& clock, PlatformServices& platform, VexilHid& hid, QObject* parent)
-    : Window1Device(globals, clock, platform, hid, parent)
+    : Window1Firmware(globals, clock, platform, hid, parent)
 {
     connect(&CheckRevisionsNowButton, &PushButton::Action, this, &Window1::CheckRevisionsNowButton_Action);
 }

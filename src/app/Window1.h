@@ -1,12 +1,12 @@
 #pragma once
 
-#include "Window1Device.h"
+#include "Window1Firmware.h"
 
 #include <QString>
 
 // The main window's controller. Every operation of the program hangs off it;
 // the widgets in Window1View only draw its controls and forward clicks.
-class Window1 : public Window1Device {
+class Window1 : public Window1Firmware {
     Q_OBJECT
 public:
     static constexpr int DesignWidth = 600;

@@ -6,6 +6,7 @@
 #include "PlatformServices.h"
 #include "ProgressWin.h"
 #include "PushButton.h"
+#include "RevisionedFilename.h"
 #include "TextArea.h"
 #include "Timer.h"
 
@@ -29,6 +30,7 @@ public:
     Timer VexilRevisionsTimer{250};
 
     bool mStartup = true;
+    RevisionedFilename m_RevisionedFilename;
 
     // Appends Globals.m_StatusMsg to StatusField with the time stamp.
     void SetStatus();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "MCULoader.h"
 #include "ProgramFrame.h"
 #include "ProgramPacket.h"
 #include "VexilHid.h"
@@ -29,6 +30,7 @@ public:
     Window1Device(Globals& globals, Clock& clock, PlatformServices& platform, VexilHid& hid,
                   QObject* parent = nullptr);
 
+    MCULoader m_MCULoader{&m_globals, &m_platform};
     ProgramFrame WriteFrame;
     ProgramPacket ResponsePacket;
 
