@@ -45,6 +45,12 @@ public:
     bool VexilAppVersion();
     void VexilRevisionsTimer_Action();
 
+    // Programs the file RevisionedFilename.m_mstrPath into the device; true only
+    // when the device afterwards reports the file's revision.
+    bool VexilLoader();
+    bool VexilUnlock();
+    bool VexilEraseFlash();
+
     VexilHid& hid() { return m_hid; }
 
 protected:

@@ -242,15 +242,20 @@ int SimulatedVexil::HandleWrite(int generation, const unsigned char* data, std::
     }
     m_log.push_back(entry);
 
-    if (m_unplugAfter > 0 && m_reportCount >= m_unplugAfter)
+    if (m_unplugAfter > 0 && m_reportCount >= m_unplugAfter) {
+        m_unplugAfter = -1; // plugging it back in gives a healthy device
         Unplug();
+    }
     return static_cast<int>(length);
 }
 
 int SimulatedVexil::HandleRead(int generation, unsigned char* data, std::size_t length, int milliseconds)
 {
-    if (!Alive(generation))
+    if (!Alive(generation)) {
+        // A read on a vanished device fails at once on hardware too, but not in no time at all.
+        m_clock.SleepMicroseconds(1000);
         return -1;
+    }
     const qint64 now = m_clock.Microseconds();
     const qint64 budget = milliseconds < 0 ? -1 : qint64(milliseconds) * 1000;
     if (m_pending.empty() || (budget >= 0 && m_pending.front().readyAt - now > budget)) {

@@ -8,6 +8,7 @@
 #include "VexilHid.h"
 #include "Window1Device.h"
 
+#include <QRegularExpression>
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -37,9 +38,10 @@ protected:
     // Status lines without their time stamps.
     QStringList StatusLines() const
     {
+        static const QRegularExpression stamp(QStringLiteral("^\\d\\d:\\d\\d:\\d\\d "));
         QStringList lines = window->StatusField.Text().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
         for (QString& line : lines)
-            line = line.mid(9);
+            line.remove(stamp); // the second line of a two-line message has no stamp
         return lines;
     }
 
