@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTextCursor>
+#include <QTimer>
 
 void BindLabel(QLabel* widget, Label& model)
 {
@@ -56,6 +57,15 @@ void BindProgressBar(QProgressBar* widget, ProgressBar& model)
         widget->setValue(std::min(model.Value(), std::max(model.Maximum(), 0)));
     };
     sync();
-    QObject::connect(&model, &ProgressBar::changed, widget, sync);
-    QObject::connect(&model, &ProgressBar::refreshRequested, widget, [widget] { widget->update(); });
+    // A load moves the bar 14,000 times in a few seconds; drawing each step would
+    // cost more than the load itself. The widget follows the model at most once
+    // per frame, and always ends on the model's latest state.
+    auto* frame = new QTimer(widget);
+    frame->setSingleShot(true);
+    frame->setInterval(16);
+    QObject::connect(frame, &QTimer::timeout, widget, sync);
+    QObject::connect(&model, &ProgressBar::changed, widget, [frame] {
+        if (!frame->isActive())
+            frame->start();
+    });
 }
