@@ -1,6 +1,6 @@
 #include "Globals.h"
 #include "ManualClock.h"
-#include "PlatformServices.h"
+#include "ScriptedPlatformServices.h"
 #include "SimulatedVexil.h"
 #include "SystemClock.h"
 #include "VexilHid.h"
@@ -11,19 +11,13 @@
 
 namespace {
 
-class SilentPlatform final : public PlatformServices {
-public:
-    void MsgBox(const QString&) override {}
-    void Beep() override {}
-};
-
 // Host-side cost of one program-packet exchange (encode, checksum, write, wait
 // loop, decode) against a device that answers at once: the floor under a load.
 void BM_ProgramPacketExchange(benchmark::State& state)
 {
     SystemClock clock;
     SimulatedVexil sim(clock);
-    SilentPlatform platform;
+    ScriptedPlatformServices platform;
     Globals globals;
     VexilHid hid(sim);
     Window1Device window(globals, clock, platform, hid);

@@ -1,7 +1,24 @@
 #include "QtPlatformServices.h"
 
+#include "AboutWindow.h"
+#include "DoEvents.h"
+#include "InitWin.h"
+#include "MessageWindow.h"
+#include "MyMsgBoxWin.h"
+#include "MyYesWindow.h"
+
 #include <QApplication>
+#include <QDesktopServices>
+#include <QLabel>
 #include <QMessageBox>
+#include <QUrl>
+
+QtPlatformServices::~QtPlatformServices()
+{
+    delete m_initWin;
+    delete m_msgBox;
+    delete m_yesWindow;
+}
 
 void QtPlatformServices::MsgBox(const QString& text)
 {
@@ -12,4 +29,54 @@ void QtPlatformServices::MsgBox(const QString& text)
 void QtPlatformServices::Beep()
 {
     QApplication::beep();
+}
+
+void QtPlatformServices::MyMsgBox(const QString& text)
+{
+    if (!m_msgBox)
+        m_msgBox = new MyMsgBoxWin;
+    m_msgBox->MyMsgBoxText->setText(text);
+    m_msgBox->show();
+    m_msgBox->raise();
+}
+
+bool QtPlatformServices::MyYesWindow(const QString& text, const QString& text2, const QString& cancelCaption)
+{
+    if (!m_yesWindow)
+        m_yesWindow = new ::MyYesWindow;
+    return m_yesWindow->Ask(text, text2, cancelCaption);
+}
+
+void QtPlatformServices::ShowMessageWindow(const std::function<void()>& viewReleaseNotes)
+{
+    MessageWindow window(viewReleaseNotes);
+    window.exec();
+}
+
+void QtPlatformServices::ShowAboutWindow(const QString& revisionText)
+{
+    auto* about = new AboutWindow(revisionText);
+    about->setAttribute(Qt::WA_DeleteOnClose);
+    about->show();
+}
+
+void QtPlatformServices::ShowInitWin(int left, const QString& text)
+{
+    if (!m_initWin)
+        m_initWin = new InitWin;
+    m_initWin->StaticText1->setText(text);
+    m_initWin->move(left, m_initWin->y());
+    m_initWin->show();
+    DoEvents(-1);
+}
+
+void QtPlatformServices::CloseInitWin()
+{
+    if (m_initWin)
+        m_initWin->close();
+}
+
+bool QtPlatformServices::OpenDocument(const QString& path)
+{
+    return QDesktopServices::openUrl(QUrl::fromLocalFile(path));
 }

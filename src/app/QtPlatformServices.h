@@ -2,9 +2,30 @@
 
 #include "PlatformServices.h"
 
-// The desktop's own dialogs and sounds.
+#include <QPointer>
+
+class InitWin;
+class MyMsgBoxWin;
+class MyYesWindow;
+
+// The desktop's own dialogs and sounds. Each small window is one instance,
+// made when first needed and reused while it is open.
 class QtPlatformServices final : public PlatformServices {
 public:
+    ~QtPlatformServices() override;
+
     void MsgBox(const QString& text) override;
     void Beep() override;
+    void MyMsgBox(const QString& text) override;
+    bool MyYesWindow(const QString& text, const QString& text2, const QString& cancelCaption) override;
+    void ShowMessageWindow(const std::function<void()>& viewReleaseNotes) override;
+    void ShowAboutWindow(const QString& revisionText) override;
+    void ShowInitWin(int left, const QString& text) override;
+    void CloseInitWin() override;
+    bool OpenDocument(const QString& path) override;
+
+private:
+    QPointer<InitWin> m_initWin;
+    QPointer<MyMsgBoxWin> m_msgBox;
+    QPointer<::MyYesWindow> m_yesWindow;
 };

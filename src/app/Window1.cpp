@@ -5,7 +5,6 @@
 Window1::Window1(Globals& globals, Clock& clock, PlatformServices& platform, VexilHid& hid, QObject* parent)
     : Window1Firmware(globals, clock, platform, hid, parent)
 {
-    connect(&CheckRevisionsNowButton, &PushButton::Action, this, &Window1::CheckRevisionsNowButton_Action);
 }
 
 void Window1::SetTitle(const QString& title)
@@ -21,9 +20,14 @@ void Window1::Event_Open()
     mStartup = true;
     SetTitle(QStringLiteral("Corvane Vexil Utility Revision " VEXIL_SHORT_VERSION));
     m_globals.m_FirmwareStatus = QStringLiteral("Unknown");
+    if (m_globals.m_FolderPath.isEmpty())
+        m_globals.m_FolderPath = MakeDefaultFolder();
+    FolderPath.SetText(m_globals.m_FolderPath);
     m_globals.SetStatusText(QStringLiteral("Corvane Vexil Utility for OS X Revision " VEXIL_SHORT_VERSION), false);
     WriteFrame = ProgramFrame{};
     ResponsePacket = ProgramPacket{};
+    // The folder first: the device check enables the send button whenever the link opens.
+    Checklocalfiles();
     CheckVexilRevisions();
     mStartup = false;
 }
@@ -33,10 +37,4 @@ void Window1::Event_Close()
     if (mStartup)
         return;
     hid().Close();
-}
-
-void Window1::CheckRevisionsNowButton_Action()
-{
-    CheckRevisionsNowButton.SetEnabled(false);
-    VexilRevisionsTimer.SetMode(Timer::ModeSingle);
 }

@@ -19,7 +19,6 @@ public:
 
     void Event_Open();
     void Event_Close();
-    void CheckRevisionsNowButton_Action();
 
 signals:
     void titleChanged();

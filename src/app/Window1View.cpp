@@ -51,6 +51,11 @@ Window1View::Window1View(Window1& controller, QWidget* parent)
     BindLabel(installed, controller.MCUinstalledText);
     m_layout.Add(installed, QRect(82, 260, 66, 20), L::None);
 
+    m_layout.Add(new QLabel(QStringLiteral("Available"), central), QRect(188, 238, 70, 20), L::None);
+    auto* available = new QLabel(central);
+    BindLabel(available, controller.MCUavailableText);
+    m_layout.Add(available, QRect(193, 260, 55, 20), L::None);
+
     auto* checkGroup = new QGroupBox(central);
     m_layout.Add(checkGroup, QRect(27, 152, 546, 51), L::Left | L::Right);
     m_layout.Add(TitleLabel(QStringLiteral("Check for New Files"), central), QRect(37, 136, 149, 20), L::None);

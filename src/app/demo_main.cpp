@@ -1,15 +1,18 @@
 #include "App.h"
+#include "AppIcon.h"
 #include "QtPlatformServices.h"
 #include "SimulatedVexil.h"
 #include "SystemClock.h"
 
 #include <QApplication>
+#include <QIcon>
 #include <QCommandLineParser>
 
 // The real application with a simulated device in place of the USB link.
 int main(int argc, char* argv[])
 {
     QApplication application(argc, argv);
+    QApplication::setWindowIcon(QIcon(AppIcon(48)));
     QApplication::setApplicationDisplayName(QStringLiteral("Vexil Utility (simulated device)"));
 
     QCommandLineParser parser;

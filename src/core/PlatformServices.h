@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <functional>
+
 // What the program asks of the desktop. The Qt implementation shows real
 // dialogs; tests use a scripted one that records each call and answers from
 // a queue, so no test ever blocks on a modal window.
@@ -12,4 +14,18 @@ public:
     // The platform's modal message box.
     virtual void MsgBox(const QString& text) = 0;
     virtual void Beep() = 0;
+
+    // The one-message window; returns at once, the window stays until OK.
+    virtual void MyMsgBox(const QString& text) = 0;
+    // The modal two-line question; true only for its Yes button.
+    virtual bool MyYesWindow(const QString& text, const QString& text2, const QString& cancelCaption) = 0;
+    // The modal new-firmware notice; its "View Release Notes" button calls `viewReleaseNotes`.
+    virtual void ShowMessageWindow(const std::function<void()>& viewReleaseNotes) = 0;
+    virtual void ShowAboutWindow(const QString& revisionText) = 0;
+    // The start-up notice, shown without blocking at `left`, and its closing.
+    virtual void ShowInitWin(int left, const QString& text) = 0;
+    virtual void CloseInitWin() = 0;
+
+    // Hands a document to its default application without waiting for it.
+    virtual bool OpenDocument(const QString& path) = 0;
 };

@@ -36,6 +36,9 @@ public:
     void SetStatus();
     void UpdateTimeStamp();
 
+    // The one-message window: shown without waiting for the user.
+    void MyMsgBox(const QString& text) { m_platform.MyMsgBox(text); }
+
     // The progress window; touching it creates one when none is open.
     ProgressWin& GetProgressWin();
     bool HasProgressWin() const { return m_progressWin != nullptr; }

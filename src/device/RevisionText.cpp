@@ -1,6 +1,6 @@
 #include "RevisionText.h"
 
-QString RevisionText(int number)
+QString RevisionText(qint64 number)
 {
     return QStringLiteral("%1.%2")
         .arg(number / 100, 2, 10, QLatin1Char('0'))

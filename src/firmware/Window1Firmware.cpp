@@ -1,6 +1,36 @@
 #include "Window1Firmware.h"
 
+#include "RevisionText.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QStandardPaths>
+
 #include <limits>
+
+namespace {
+
+const QString InvalidFolderMessage =
+    QStringLiteral("The firmware folder path is invalid.  It will be set to the default.");
+const QString DiskMessage = QStringLiteral(
+    "Unable to create default folder.. Something appears to wrong with your hard drive!! You may be out of disk space.");
+
+bool IsFolder(const QString& path)
+{
+    return !path.isEmpty() && QFileInfo(path).isDir();
+}
+
+} // namespace
+
+Window1Firmware::Window1Firmware(Globals& globals, Clock& clock, PlatformServices& platform, VexilHid& hid,
+                                 QObject* parent)
+    : Window1Device(globals, clock, platform, hid, parent)
+{
+    m_RevisionedFilename.m_mstrPath = QStringLiteral("-");
+    connect(&NewRevisionsTimer, &Timer::Action, this, &Window1Firmware::NewRevisionsTimer_Action);
+    connect(&CheckRevisionsNowButton, &PushButton::Action, this, &Window1Firmware::CheckRevisionsNowButton_Action);
+}
 
 qint64 Window1Firmware::LeadingNumber(const QString& text)
 {
@@ -20,6 +50,12 @@ qint64 Window1Firmware::LeadingNumber(const QString& text)
     return negative ? -value : value;
 }
 
+double Window1Firmware::RevisionValue(const QString& text)
+{
+    static const QRegularExpression leading(QStringLiteral("^[+-]?[0-9]*(\\.[0-9]*)?"));
+    return leading.match(text).captured(0).toDouble();
+}
+
 QString Window1Firmware::GetNewestRevision(const QString& prefix, const QStringList& files, int& index)
 {
     QString best;
@@ -36,4 +72,105 @@ QString Window1Firmware::GetNewestRevision(const QString& prefix, const QStringL
         }
     }
     return best;
+}
+
+QString Window1Firmware::MakeDefaultFolder()
+{
+    const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    if (data.isEmpty())
+        return {};
+    QDir dir(data);
+    // One level at a time, so an existing level is kept as it is.
+    for (const QString& level : {QStringLiteral("Corvane"), QStringLiteral("Vexil Firmware")}) {
+        if (!dir.exists(level) && !dir.mkdir(level))
+            return {};
+        if (!dir.cd(level))
+            return {};
+    }
+    return dir.absolutePath() + QLatin1Char('/');
+}
+
+void Window1Firmware::Checklocalfiles()
+{
+    if (!IsFolder(m_globals.m_FolderPath)) {
+        m_platform.Beep();
+        m_platform.MsgBox(InvalidFolderMessage);
+        const QString folder = MakeDefaultFolder();
+        if (!IsFolder(folder)) {
+            m_platform.Beep();
+            m_platform.MsgBox(DiskMessage);
+            return;
+        }
+        m_globals.m_FolderPath = folder;
+    }
+
+    // On this platform the stored path is already the form a user reads.
+    FolderPath.SetText(m_globals.m_FolderPath);
+
+    // Files only, by name: the order decides between equal revisions.
+    const QStringList names =
+        QDir(m_globals.m_FolderPath).entryList(QDir::Files | QDir::Hidden, QDir::Name | QDir::IgnoreCase);
+    int index = 0;
+    hmcuRevision = GetNewestRevision(QStringLiteral("vexil"), names, index);
+
+    if (!hmcuRevision.isEmpty()) {
+        MCUavailableText.SetText(RevisionText(LeadingNumber(hmcuRevision)));
+        m_RevisionedFilename.m_mstrPath = names[index];
+        return;
+    }
+    MCUavailableText.SetText(QStringLiteral("missing"));
+    m_RevisionedFilename.m_mstrPath = QStringLiteral("-");
+    if (!mStartup)
+        m_globals.SetStatusText(QStringLiteral("Firmware folder does not contain required Vexil firmware file\n"
+                                               "Click \"\"Copy new files from Corvane\"\n"
+                                               " or navigate to a folder containing Vexil firmware files"),
+                                false);
+    SendVexilButton.SetEnabled(false);
+}
+
+bool Window1Firmware::HasRequiredFiles()
+{
+    m_RevisionedFilename.m_strpath = m_RevisionedFilename.m_mstrPath;
+    return m_RevisionedFilename.m_mstrPath != QLatin1String("-");
+}
+
+void Window1Firmware::CheckNewRevisions()
+{
+    const QString installed = MCUinstalledText.Text();
+    const bool newer = installed.compare(QLatin1String("N/A"), Qt::CaseInsensitive) != 0
+        && RevisionValue(MCUavailableText.Text()) > RevisionValue(installed);
+    newMCUavailable = newer;
+
+    const QString& status = m_globals.m_FirmwareStatus;
+    if (newer && status.compare(QLatin1String("Unknown"), Qt::CaseInsensitive) != 0) {
+        if (status.compare(QLatin1String("Main"), Qt::CaseInsensitive) == 0 && !mStartup) {
+            m_platform.Beep();
+            m_platform.ShowMessageWindow([this] { ShowReleaseNotes(); });
+        }
+        m_globals.SetStatusText(QStringLiteral("New firmware is available for your Vexil"), false);
+        SendVexilButton.SetEnabled(true);
+    }
+    CheckRevisionsNowButton.SetEnabled(true);
+}
+
+void Window1Firmware::NewRevisionsTimer_Action()
+{
+    CheckNewRevisions();
+}
+
+void Window1Firmware::CheckRevisionsNowButton_Action()
+{
+    CheckRevisionsNowButton.SetEnabled(false);
+    Checklocalfiles();
+    VexilRevisionsTimer.SetMode(Timer::ModeSingle);
+}
+
+void Window1Firmware::ShowReleaseNotes()
+{
+    const QString path = m_globals.m_FolderPath + QLatin1String(ReleaseNotesName);
+    if (m_globals.m_FolderPath.isEmpty() || !QFileInfo(path).isFile()) {
+        m_platform.MsgBox(QStringLiteral("ERROR: File not found! (vexilfwnotes.rtf)"));
+        return;
+    }
+    m_platform.OpenDocument(path);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TextField.h"
+#include "Timer.h"
 #include "Window1Device.h"
 
 #include <QString>
@@ -9,7 +11,25 @@
 class Window1Firmware : public Window1Device {
     Q_OBJECT
 public:
-    using Window1Device::Window1Device;
+    static constexpr const char* ReleaseNotesName = "vexilfwnotes.rtf";
+
+    Window1Firmware(Globals& globals, Clock& clock, PlatformServices& platform, VexilHid& hid,
+                    QObject* parent = nullptr);
+
+    TextField FolderPath;
+    Timer NewRevisionsTimer{250};
+    // Revision digits of the newest local file; empty when there is none.
+    QString hmcuRevision;
+    bool newMCUavailable = false;
+
+    // Finds the newest firmware file of the folder, repairing a missing folder.
+    void Checklocalfiles();
+    bool HasRequiredFiles();
+    // Tells the user when the folder holds a newer revision than the device.
+    void CheckNewRevisions();
+    void NewRevisionsTimer_Action();
+    void CheckRevisionsNowButton_Action();
+    void ShowReleaseNotes();
 
     // The revision digits of the newest "<prefix><digits>.hex" in `files`, or ""
     // when none has a number above 0; `index` is set to its place only when found.
@@ -17,4 +37,10 @@ public:
 
     // The longest numeric beginning of `text` as a number; 0 when there is none.
     static qint64 LeadingNumber(const QString& text);
+    // The leading decimal number of a revision text ("01.12" is 1.12; "--" is 0).
+    static double RevisionValue(const QString& text);
+
+    // The default firmware folder below the application data folder, created
+    // level by level; empty when it cannot be had.
+    static QString MakeDefaultFolder();
 };

@@ -9,6 +9,8 @@
 #include "Window1View.h"
 
 #include <QApplication>
+#include <QFile>
+#include <QTemporaryDir>
 #include <QGroupBox>
 #include <QLabel>
 #include <QPlainTextEdit>
@@ -61,10 +63,14 @@ protected:
 TEST_F(Window1ViewTest, CheckRevisionsNowRunsThroughTheWidgets)
 {
     device.SetAppRevision(57);
+    QTemporaryDir folder;
+    QFile(folder.filePath(QStringLiteral("vexil0112.hex"))).open(QIODevice::WriteOnly);
+    globals.m_FolderPath = folder.path() + QLatin1Char('/');
+    QLabel* available = FindByText<QLabel>(view, QStringLiteral("missing"));
     QLabel* installed = FindByText<QLabel>(view, QStringLiteral("??.??"));
     QPushButton* check = FindByText<QPushButton>(view, QStringLiteral("Check Revisions Now"));
     QPushButton* send = FindByText<QPushButton>(view, QStringLiteral("Send Firmware to Vexil"));
-    ASSERT_TRUE(installed && check && send);
+    ASSERT_TRUE(available && installed && check && send);
     EXPECT_FALSE(send->isEnabled());
 
     window.MCUinstalledText.SetText(QStringLiteral("--"));
@@ -74,6 +80,7 @@ TEST_F(Window1ViewTest, CheckRevisionsNowRunsThroughTheWidgets)
     check->click();
     EXPECT_FALSE(window.CheckRevisionsNowButton.Enabled());
     EXPECT_FALSE(check->isEnabled());
+    EXPECT_EQ(available->text(), QStringLiteral("01.12")) << "the folder is looked at before the device";
     ASSERT_TRUE(fired.wait(2000));
     EXPECT_TRUE(check->isEnabled());
     EXPECT_TRUE(send->isEnabled());

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QDialog>
+
+class QLabel;
+class QPushButton;
+
+// A two-line question. The focus starts on the cancelling button, so Return
+// and Escape both answer no: the safe answer is what the keyboard reaches first.
+class MyYesWindow : public QDialog {
+    Q_OBJECT
+public:
+    explicit MyYesWindow(QWidget* parent = nullptr);
+
+    // Shows the window modally; true only when Yes was pressed.
+    bool Ask(const QString& text, const QString& text2, const QString& cancelCaption);
+
+    QLabel* LabelText;
+    QLabel* LabelText2;
+    QPushButton* YesButton;
+    QPushButton* CancelButton;
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private:
+    bool m_response = false;
+};
