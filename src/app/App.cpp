@@ -2,8 +2,12 @@
 
 #include "Window1View.h"
 
+#include <QCoreApplication>
+#include <QDir>
+#include <QGuiApplication>
+
 App::App(Clock& clock, HidBackend& backend, PlatformServices& platform)
-    : m_hid(backend), m_window1(std::make_unique<Window1>(m_globals, clock, platform, m_hid))
+    : m_hid(backend), m_window1(std::make_unique<Window1>(m_globals, clock, platform, m_hid, m_prefs))
 {
 }
 
@@ -14,9 +18,18 @@ App::~App()
     m_hid.Close();
 }
 
+QString App::HelpFolderFor(const QString& executableDir)
+{
+    QDir dir(executableDir);
+    dir.cdUp();
+    return dir.absoluteFilePath(QStringLiteral("Resources/Help"));
+}
+
 void App::Event_Open()
 {
+    m_globals.appHelpFolder = HelpFolderFor(QCoreApplication::applicationDirPath());
+    QGuiApplication::setQuitOnLastWindowClosed(true);
     m_view = std::make_unique<Window1View>(*m_window1);
-    m_view->show();
     m_window1->Event_Open();
+    m_view->show();
 }

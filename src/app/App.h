@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Globals.h"
+#include "REALEasyPrefs.h"
 #include "VexilHid.h"
 #include "Window1.h"
 
@@ -19,15 +20,21 @@ public:
     ~App();
 
     Globals& globals() { return m_globals; }
+    REALEasyPrefs& prefs() { return m_prefs; }
     VexilHid& vexilHid() { return m_hid; }
     Window1& window1() { return *m_window1; }
     Window1View* view() { return m_view.get(); }
 
-    // Builds the widgets, shows the main window and runs its start-up.
+    // Sets up what the menus need, then opens the main window: its start-up
+    // checks run first, and the window shows once they are done.
     void Event_Open();
+
+    // The help pages: "Resources/Help" beside the executable's folder.
+    static QString HelpFolderFor(const QString& executableDir);
 
 private:
     Globals m_globals;
+    REALEasyPrefs m_prefs;
     VexilHid m_hid;
     std::unique_ptr<Window1> m_window1;
     std::unique_ptr<Window1View> m_view;

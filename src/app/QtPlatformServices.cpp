@@ -6,11 +6,13 @@
 #include "MessageWindow.h"
 #include "MyMsgBoxWin.h"
 #include "MyYesWindow.h"
+#include "OSXVersionInfo.h"
 
 #include <QApplication>
 #include <QDesktopServices>
 #include <QLabel>
 #include <QMessageBox>
+#include <QScreen>
 #include <QUrl>
 
 QtPlatformServices::~QtPlatformServices()
@@ -79,4 +81,15 @@ void QtPlatformServices::CloseInitWin()
 bool QtPlatformServices::OpenDocument(const QString& path)
 {
     return QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+}
+
+OSVersionRecord QtPlatformServices::OSVersion()
+{
+    return OSXVersionInfo::OSVersion();
+}
+
+QRect QtPlatformServices::AvailableScreen()
+{
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    return screen ? screen->availableGeometry() : QRect(0, 0, 1024, 768);
 }

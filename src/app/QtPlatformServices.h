@@ -23,6 +23,8 @@ public:
     void ShowInitWin(int left, const QString& text) override;
     void CloseInitWin() override;
     bool OpenDocument(const QString& path) override;
+    OSVersionRecord OSVersion() override;
+    QRect AvailableScreen() override;
 
 private:
     QPointer<InitWin> m_initWin;

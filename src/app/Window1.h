@@ -1,28 +1,72 @@
 #pragma once
 
+#include "Label.h"
+#include "MenuItem.h"
+#include "PushButton.h"
+#include "Timer.h"
 #include "Window1Firmware.h"
 
+#include <QRect>
 #include <QString>
 
+class REALEasyPrefs;
+
 // The main window's controller. Every operation of the program hangs off it;
-// the widgets in Window1View only draw its controls and forward clicks.
+// the widgets in Window1View only draw its controls and forward user events.
 class Window1 : public Window1Firmware {
     Q_OBJECT
 public:
     static constexpr int DesignWidth = 600;
     static constexpr int DesignHeight = 570;
+    static constexpr int MinimumWidth = 600;
+    static constexpr int MinimumHeight = 590;
+    // Where the window waits, out of sight, while start-up runs its checks.
+    static constexpr int OffScreenTop = 10000;
 
-    Window1(Globals& globals, Clock& clock, PlatformServices& platform, VexilHid& hid, QObject* parent = nullptr);
+    Window1(Globals& globals, Clock& clock, PlatformServices& platform, VexilHid& hid, REALEasyPrefs& prefs,
+            QObject* parent = nullptr);
 
     QString Title() const { return m_title; }
     void SetTitle(const QString& title);
 
+    // The window's content area in screen coordinates.
+    QRect Bounds() const { return m_bounds; }
+    void SetBounds(const QRect& bounds);
+    // The view reports where the user put the window; nothing is redrawn.
+    void BoundsChangedByUser(const QRect& bounds) { m_bounds = bounds; }
+
+    int TabPanel1Value() const { return m_tabPanel; }
+
+    Label StaticText1{QStringLiteral("Folder Location")};
+    Label StaticText21{QStringLiteral("Local folder for firmware files:")};
+    Label StaticText22{QStringLiteral("Check for New Files")};
+    Label Firmwareversionstext{QStringLiteral("Firmware Revisions")};
+    Label StaticText5{QStringLiteral("Installed in Vexil")};
+    Label StaticText6{QStringLiteral("Available")};
+    Label StaticText23{QStringLiteral("Activity Log")};
+    Label DisplayStatus{QStringLiteral("Ready")};
+    PushButton DefaultButton{QStringLiteral("Default")};
+    PushButton BrowseButton{QStringLiteral("Browse")};
+    PushButton CopyNewFilesButton{QStringLiteral("Copy New Files from Corvane")};
+    MenuItem ViewTrace{QStringLiteral("Trace")};
+    Timer FTPTimer{250};
+    Timer SendAllTimer{250};
+
     void Event_Open();
     void Event_Close();
+    void GetOSVersion();
+    void TabPanel1_Change(int value);
 
 signals:
     void titleChanged();
+    void boundsChanged();
+    void tabPanelChanged();
+    // The view gives the keyboard focus to the status log.
+    void focusStatusField();
 
 private:
+    REALEasyPrefs& m_prefs;
     QString m_title = QStringLiteral("Corvane Vexil Utility");
+    QRect m_bounds;
+    int m_tabPanel = 0;
 };

@@ -7,19 +7,32 @@
 #include <QCloseEvent>
 #include <QGroupBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTabWidget>
 
 namespace {
 
-QLabel* TitleLabel(const QString& text, QWidget* parent)
+const QColor TitleColour(0x00, 0x46, 0xD7);
+
+QLabel* LabelFor(Label& model, QWidget* parent, bool title = false)
 {
-    auto* label = new QLabel(text, parent);
-    QPalette palette = label->palette();
-    palette.setColor(QPalette::WindowText, QColor(0x00, 0x46, 0xD7));
-    label->setPalette(palette);
+    auto* label = new QLabel(parent);
+    BindLabel(label, model);
+    if (title) {
+        QPalette palette = label->palette();
+        palette.setColor(QPalette::WindowText, TitleColour);
+        label->setPalette(palette);
+    }
     return label;
+}
+
+QPushButton* ButtonFor(PushButton& model, QWidget* parent)
+{
+    auto* button = new QPushButton(parent);
+    BindButton(button, model);
+    return button;
 }
 
 } // namespace
@@ -28,10 +41,10 @@ Window1View::Window1View(Window1& controller, QWidget* parent)
     : QMainWindow(parent), m_controller(controller), m_layout(QSize(Window1::DesignWidth, Window1::DesignHeight))
 {
     using L = DesignLayout;
-    setWindowTitle(controller.Title());
-    connect(&controller, &Window1::titleChanged, this, [this] { setWindowTitle(m_controller.Title()); });
-    resize(Window1::DesignWidth, Window1::DesignHeight);
-    setMinimumSize(600, 590);
+    Window1& w = controller;
+    setWindowTitle(w.Title());
+    connect(&w, &Window1::titleChanged, this, [this] { setWindowTitle(m_controller.Title()); });
+    setMinimumSize(Window1::MinimumWidth, Window1::MinimumHeight);
     setMaximumSize(32000, 32000);
 
     auto* central = new QWidget(this);
@@ -40,45 +53,57 @@ Window1View::Window1View(Window1& controller, QWidget* parent)
     auto* tabs = new QTabWidget(central);
     tabs->addTab(new QWidget, QStringLiteral("Firmware"));
     m_layout.Add(tabs, QRect(8, 0, 583, 540), L::All);
+    connect(tabs, &QTabWidget::currentChanged, &w, &Window1::TabPanel1_Change);
+    connect(&w, &Window1::tabPanelChanged, tabs, [tabs, &w] { tabs->setCurrentIndex(w.TabPanel1Value()); });
 
-    // The tab's contents sit above the tab panel in window coordinates.
-    auto* revisionsGroup = new QGroupBox(central);
-    m_layout.Add(revisionsGroup, QRect(27, 228, 546, 61), L::Left | L::Right);
-    m_layout.Add(TitleLabel(QStringLiteral("Firmware Revisions"), central), QRect(37, 212, 179, 20), L::None);
-    m_layout.Add(new QLabel(QStringLiteral("Installed in Vexil"), central), QRect(65, 238, 101, 20), L::None);
+    // The tab's contents, in window coordinates, above the tab panel; group
+    // boxes first so that their contents are drawn over them.
+    m_layout.Add(new QGroupBox(central), QRect(27, 49, 546, 78), L::Left | L::Right);
+    m_layout.Add(new QGroupBox(central), QRect(27, 152, 546, 51), L::Left | L::Right);
+    m_layout.Add(new QGroupBox(central), QRect(27, 228, 546, 61), L::Left | L::Right);
+    m_layout.Add(new QGroupBox(central), QRect(27, 314, 546, 217), L::All);
 
-    auto* installed = new QLabel(central);
-    BindLabel(installed, controller.MCUinstalledText);
-    m_layout.Add(installed, QRect(82, 260, 66, 20), L::None);
+    m_layout.Add(LabelFor(w.StaticText1, central, true), QRect(37, 33, 149, 20), L::None);
+    m_layout.Add(LabelFor(w.StaticText21, central), QRect(37, 69, 213, 20), L::None);
+    m_layout.Add(ButtonFor(w.DefaultButton, central), QRect(380, 60, 80, 20), L::Left | L::Top);
+    m_layout.Add(ButtonFor(w.BrowseButton, central), QRect(482, 60, 80, 20), L::Left | L::Top);
 
-    m_layout.Add(new QLabel(QStringLiteral("Available"), central), QRect(188, 238, 70, 20), L::None);
-    auto* available = new QLabel(central);
-    BindLabel(available, controller.MCUavailableText);
-    m_layout.Add(available, QRect(193, 260, 55, 20), L::None);
+    auto* folderPath = new QLineEdit(central);
+    folderPath->setText(w.FolderPath.Text());
+    connect(&w.FolderPath, &TextField::changed, folderPath, [folderPath, &w] { folderPath->setText(w.FolderPath.Text()); });
+    m_layout.Add(folderPath, QRect(35, 92, 525, 22), L::Left | L::Right);
 
-    auto* checkGroup = new QGroupBox(central);
-    m_layout.Add(checkGroup, QRect(27, 152, 546, 51), L::Left | L::Right);
-    m_layout.Add(TitleLabel(QStringLiteral("Check for New Files"), central), QRect(37, 136, 149, 20), L::None);
+    m_layout.Add(LabelFor(w.StaticText22, central, true), QRect(37, 136, 149, 20), L::None);
+    m_layout.Add(ButtonFor(w.CheckRevisionsNowButton, central), QRect(35, 168, 192, 20), L::Left | L::Top);
+    m_layout.Add(ButtonFor(w.CopyNewFilesButton, central), QRect(352, 168, 210, 20), L::Left | L::Top);
 
-    auto* checkNow = new QPushButton(central);
-    BindButton(checkNow, controller.CheckRevisionsNowButton);
-    m_layout.Add(checkNow, QRect(35, 168, 192, 20), L::Left | L::Top);
+    m_layout.Add(LabelFor(w.Firmwareversionstext, central, true), QRect(37, 212, 179, 20), L::None);
+    m_layout.Add(LabelFor(w.StaticText5, central), QRect(65, 238, 101, 20), L::None);
+    m_layout.Add(LabelFor(w.StaticText6, central), QRect(188, 238, 70, 20), L::None);
+    m_layout.Add(LabelFor(w.MCUinstalledText, central), QRect(82, 260, 66, 20), L::None);
+    m_layout.Add(LabelFor(w.MCUavailableText, central), QRect(193, 260, 55, 20), L::None);
+    m_layout.Add(ButtonFor(w.SendVexilButton, central), QRect(352, 248, 210, 20), L::Left | L::Top);
 
-    auto* send = new QPushButton(central);
-    BindButton(send, controller.SendVexilButton);
-    m_layout.Add(send, QRect(352, 248, 210, 20), L::Left | L::Top);
+    m_layout.Add(LabelFor(w.StaticText23, central, true), QRect(37, 296, 82, 20), L::None);
+    m_statusField = new QPlainTextEdit(central);
+    m_statusField->setReadOnly(true);
+    m_statusField->setTabChangesFocus(false);
+    BindTextArea(m_statusField, w.StatusField);
+    m_layout.Add(m_statusField, QRect(34, 323, 532, 200), L::All);
+    connect(&w, &Window1::focusStatusField, m_statusField, [this] { m_statusField->setFocus(); });
 
-    auto* logGroup = new QGroupBox(central);
-    m_layout.Add(logGroup, QRect(27, 314, 546, 217), L::All);
-    m_layout.Add(TitleLabel(QStringLiteral("Activity Log"), central), QRect(37, 296, 82, 20), L::None);
+    m_layout.Add(LabelFor(w.DisplayStatus, central), QRect(8, 549, 549, 18), L::Bottom);
 
-    auto* status = new QPlainTextEdit(central);
-    status->setReadOnly(true);
-    status->setTabChangesFocus(false);
-    BindTextArea(status, controller.StatusField);
-    m_layout.Add(status, QRect(34, 323, 532, 200), L::All);
+    connect(&w, &Window1Base::progressWinCreated, this, &Window1View::ShowProgressWin);
+    connect(&w, &Window1::boundsChanged, this, &Window1View::ApplyBounds);
+    ApplyBounds();
+}
 
-    connect(&controller, &Window1Base::progressWinCreated, this, &Window1View::ShowProgressWin);
+void Window1View::ApplyBounds()
+{
+    m_applyingBounds = true;
+    setGeometry(m_controller.Bounds());
+    m_applyingBounds = false;
 }
 
 void Window1View::ShowProgressWin(ProgressWin* model)
@@ -101,4 +126,13 @@ void Window1View::resizeEvent(QResizeEvent* event)
     QMainWindow::resizeEvent(event);
     if (centralWidget())
         m_layout.Apply(centralWidget()->size());
+    if (!m_applyingBounds)
+        m_controller.BoundsChangedByUser(geometry());
+}
+
+void Window1View::moveEvent(QMoveEvent* event)
+{
+    QMainWindow::moveEvent(event);
+    if (!m_applyingBounds)
+        m_controller.BoundsChangedByUser(geometry());
 }

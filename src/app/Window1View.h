@@ -6,6 +6,7 @@
 
 class Window1;
 class ProgressWin;
+class QPlainTextEdit;
 
 // Draws Window1's controls at their designed places; holds no state of its own.
 class Window1View : public QMainWindow {
@@ -16,10 +17,14 @@ public:
 protected:
     void closeEvent(QCloseEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
 
 private:
     void ShowProgressWin(ProgressWin* model);
+    void ApplyBounds();
 
     Window1& m_controller;
     DesignLayout m_layout;
+    QPlainTextEdit* m_statusField = nullptr;
+    bool m_applyingBounds = false;
 };

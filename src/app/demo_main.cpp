@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QIcon>
 #include <QCommandLineParser>
+#include <QTimer>
 
 // The real application with a simulated device in place of the USB link.
 int main(int argc, char* argv[])
@@ -26,7 +27,9 @@ int main(int argc, char* argv[])
     const QCommandLineOption latency(QStringLiteral("latency-us"),
                                      QStringLiteral("Answer latency per exchange in microseconds (default 1000)."),
                                      QStringLiteral("us"), QStringLiteral("1000"));
-    parser.addOptions({absent, silent, revision, latency});
+    const QCommandLineOption quitWhenShown(QStringLiteral("quit-when-shown"),
+                                           QStringLiteral("Quit as soon as the main window is on screen (for timing)."));
+    parser.addOptions({absent, silent, revision, latency, quitWhenShown});
     parser.process(application);
 
     SystemClock clock;
@@ -42,5 +45,7 @@ int main(int argc, char* argv[])
     QtPlatformServices platform;
     App app(clock, device, platform);
     app.Event_Open();
+    if (parser.isSet(quitWhenShown))
+        QTimer::singleShot(0, &application, [] { QApplication::quit(); });
     return QApplication::exec();
 }

@@ -1,8 +1,16 @@
 #pragma once
 
+#include <QRect>
 #include <QString>
 
 #include <functional>
+
+// Major, minor and patch of the running operating system.
+struct OSVersionRecord {
+    int major = 0;
+    int minor = 0;
+    int patch = 0;
+};
 
 // What the program asks of the desktop. The Qt implementation shows real
 // dialogs; tests use a scripted one that records each call and answers from
@@ -28,4 +36,8 @@ public:
 
     // Hands a document to its default application without waiting for it.
     virtual bool OpenDocument(const QString& path) = 0;
+
+    virtual OSVersionRecord OSVersion() = 0;
+    // The main screen's area for windows, in screen coordinates.
+    virtual QRect AvailableScreen() = 0;
 };

@@ -22,52 +22,21 @@ void MCULoader::Report(const QString& text)
         m_globals->SetStatusText(text, false);
 }
 
-char MCULoader::ReadChar()
+char MCULoader::EndOfStream()
 {
-    char c = 0;
-    for (;;) {
-        if (!bs.ReadByte(c)) {
-            if (!m_atEnd)
-                Report(QStringLiteral("End File record was not found"));
-            m_atEnd = true;
-            m_fIsReadOK = false;
-            return '\0';
-        }
-        if (c != '\n' && c != '\r')
-            return c;
-    }
+    if (!m_atEnd)
+        Report(QStringLiteral("End File record was not found"));
+    m_atEnd = true;
+    m_fIsReadOK = false;
+    return '\0';
 }
 
-std::uint8_t MCULoader::NibbleToBin(char c)
+std::uint8_t MCULoader::BadCharacter()
 {
-    if (c >= '0' && c <= '9')
-        return static_cast<std::uint8_t>(c - '0');
-    if (c >= 'a' && c <= 'f')
-        return static_cast<std::uint8_t>(c - 'a' + 10);
-    if (c >= 'A' && c <= 'F')
-        return static_cast<std::uint8_t>(c - 'A' + 10);
     if (m_platform)
         m_platform->MsgBox(QStringLiteral("ERROR: Bad character in BIN file"));
     m_fIsReadOK = false;
     return 0;
-}
-
-std::uint8_t MCULoader::ReadByte()
-{
-    const char high = ReadChar();
-    const char low = ReadChar();
-    // Past the end there is nothing to convert, and no bad character to show.
-    if (m_atEnd)
-        return 0;
-    const auto value = static_cast<std::uint8_t>(NibbleToBin(high) << 4 | NibbleToBin(low));
-    m_wCheckSum = static_cast<std::uint16_t>(m_wCheckSum + value);
-    return value;
-}
-
-std::uint16_t MCULoader::ReadWord()
-{
-    const std::uint8_t high = ReadByte();
-    return static_cast<std::uint16_t>(high << 8 | ReadByte());
 }
 
 bool MCULoader::ReadNext()

@@ -77,7 +77,8 @@ QString Window1Firmware::GetNewestRevision(const QString& prefix, const QStringL
 QString Window1Firmware::MakeDefaultFolder()
 {
     const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
-    if (data.isEmpty())
+    // A fresh account may not have the data folder yet; it is the platform's, so make it.
+    if (data.isEmpty() || !QDir().mkpath(data))
         return {};
     QDir dir(data);
     // One level at a time, so an existing level is kept as it is.

@@ -3,6 +3,7 @@
 #include "ScriptedPlatformServices.h"
 #include "ProgressWinView.h"
 #include "QtPrinters.h"
+#include "REALEasyPrefs.h"
 #include "SimulatedVexil.h"
 #include "VexilHid.h"
 #include "Window1.h"
@@ -56,7 +57,8 @@ protected:
     VexilHid hid{device};
     Globals globals;
     ScriptedPlatformServices platform;
-    Window1 window{globals, clock, platform, hid};
+    REALEasyPrefs prefs;
+    Window1 window{globals, clock, platform, hid, prefs};
     Window1View view{window};
 };
 
@@ -124,7 +126,7 @@ TEST_F(Window1ViewTest, ResizeStretchesByLockedSides)
     QList<QPair<QGroupBox*, QRect>> groups;
     for (QGroupBox* group : view.findChildren<QGroupBox*>())
         groups.append({group, group->geometry()});
-    ASSERT_EQ(groups.size(), 3);
+    ASSERT_EQ(groups.size(), 4); // folder, check, revisions, log
 
     const QSize target = view.size() + QSize(100, 50);
     view.resize(target);

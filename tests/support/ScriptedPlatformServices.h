@@ -35,7 +35,12 @@ public:
         return true;
     }
 
+    OSVersionRecord OSVersion() override { return osVersion; }
+    QRect AvailableScreen() override { return screen; }
+
     QStringList calls;
+    OSVersionRecord osVersion{6, 1, 0};
+    QRect screen{0, 0, 1920, 1080};
     QQueue<bool> yesAnswers;
     // The user presses "View Release Notes" in the new-firmware notice.
     bool viewNotesInMessageWindow = false;
