@@ -1,3 +1,4 @@
+#include "HexFile.h"
 #include "MCULoader.h"
 #include "Window1Device.h"
 
@@ -11,45 +12,16 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <random>
 #include <vector>
 
 namespace {
 
-QByteArray Record(std::uint8_t type, std::uint16_t address, const std::vector<std::uint8_t>& data)
-{
-    std::vector<std::uint8_t> bytes{static_cast<std::uint8_t>(data.size()), static_cast<std::uint8_t>(address >> 8),
-                                    static_cast<std::uint8_t>(address), type};
-    bytes.insert(bytes.end(), data.begin(), data.end());
-    std::uint8_t sum = 0;
-    for (std::uint8_t b : bytes)
-        sum = static_cast<std::uint8_t>(sum + b);
-    bytes.push_back(static_cast<std::uint8_t>(-sum));
-    QByteArray line(":");
-    line += QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size())).toHex().toUpper();
-    return line + "\r\n";
-}
-
-// A full flash window of random data in 16-byte records, as a real firmware
-// file has it: 14,336 data records, a type 4 record wherever the upper half
-// of the address changes.
+// A full flash window in 16-byte records, as a real firmware file has it:
+// 14,336 data records and a type 4 record wherever the upper half of the address changes.
 QByteArray FirmwareImage()
 {
-    std::mt19937 random(0x1D008000);
-    QByteArray image;
-    std::uint32_t upper = ~0u;
-    for (std::uint32_t address = Window1Device::FLASH_WINDOW_START; address < Window1Device::FLASH_WINDOW_END;
-         address += 16) {
-        if (address >> 16 != upper) {
-            upper = address >> 16;
-            image += Record(4, 0, {static_cast<std::uint8_t>(upper >> 8), static_cast<std::uint8_t>(upper)});
-        }
-        std::vector<std::uint8_t> data(16);
-        for (auto& b : data)
-            b = static_cast<std::uint8_t>(random());
-        image += Record(0, static_cast<std::uint16_t>(address), data);
-    }
-    return image + Record(1, 0, {});
+    return HexFile::Image(Window1Device::FLASH_WINDOW_START,
+                          Window1Device::FLASH_WINDOW_END - Window1Device::FLASH_WINDOW_START);
 }
 
 void BM_MCULoaderVerify(benchmark::State& state, const QString& path, qint64 size)
