@@ -9,6 +9,11 @@
 #include "OSXVersionInfo.h"
 
 #include <QApplication>
+#include <QClipboard>
+#include <QCursor>
+#include <QFileDialog>
+#include <QMenu>
+#include <QStorageInfo>
 #include <QDesktopServices>
 #include <QLabel>
 #include <QMessageBox>
@@ -92,4 +97,59 @@ QRect QtPlatformServices::AvailableScreen()
 {
     const QScreen* screen = QGuiApplication::primaryScreen();
     return screen ? screen->availableGeometry() : QRect(0, 0, 1024, 768);
+}
+
+QString QtPlatformServices::ChooseFolder(const QString& title, const QString& actionCaption, const QString& initialFolder)
+{
+    QFileDialog chooser(nullptr, title, initialFolder);
+    chooser.setFileMode(QFileDialog::Directory);
+    chooser.setOption(QFileDialog::ShowDirsOnly);
+    chooser.setLabelText(QFileDialog::Accept, actionCaption);
+    if (chooser.exec() != QDialog::Accepted || chooser.selectedFiles().isEmpty())
+        return {};
+    return chooser.selectedFiles().constFirst();
+}
+
+QStringList QtPlatformServices::MountedVolumes()
+{
+    QStringList roots;
+    for (const QStorageInfo& volume : QStorageInfo::mountedVolumes())
+        if (volume.isValid() && volume.isReady())
+            roots << volume.rootPath();
+    return roots;
+}
+
+QString QtPlatformServices::ClipboardText()
+{
+    return QGuiApplication::clipboard()->text();
+}
+
+void QtPlatformServices::SetClipboardText(const QString& text)
+{
+    QGuiApplication::clipboard()->setText(text);
+}
+
+int QtPlatformServices::PopupMenu(const std::vector<PopupItem>& items)
+{
+    QMenu menu;
+    std::vector<QAction*> actions;
+    for (const PopupItem& item : items) {
+        if (item.text == QLatin1String("-")) {
+            actions.push_back(menu.addSeparator());
+            continue;
+        }
+        QAction* action = menu.addAction(item.text);
+        action->setEnabled(item.enabled);
+        actions.push_back(action);
+    }
+    QAction* chosen = menu.exec(QCursor::pos());
+    for (std::size_t i = 0; i < actions.size(); ++i)
+        if (actions[i] == chosen)
+            return static_cast<int>(i);
+    return -1;
+}
+
+void QtPlatformServices::Quit(int exitCode)
+{
+    QCoreApplication::exit(exitCode);
 }

@@ -23,6 +23,12 @@ public:
     void ShowInitWin(int left, const QString& text) override;
     void CloseInitWin() override;
     bool OpenDocument(const QString& path) override;
+    QString ChooseFolder(const QString& title, const QString& actionCaption, const QString& initialFolder) override;
+    QStringList MountedVolumes() override;
+    QString ClipboardText() override;
+    void SetClipboardText(const QString& text) override;
+    int PopupMenu(const std::vector<PopupItem>& items) override;
+    void Quit(int exitCode) override;
     OSVersionRecord OSVersion() override;
     QRect AvailableScreen() override;
 

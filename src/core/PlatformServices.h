@@ -3,7 +3,10 @@
 #include <QRect>
 #include <QString>
 
+#include <QStringList>
+
 #include <functional>
+#include <vector>
 
 // Major, minor and patch of the running operating system.
 struct OSVersionRecord {
@@ -36,6 +39,24 @@ public:
 
     // Hands a document to its default application without waiting for it.
     virtual bool OpenDocument(const QString& path) = 0;
+
+    // A folder chooser; the chosen folder's absolute path, or empty when cancelled.
+    virtual QString ChooseFolder(const QString& title, const QString& actionCaption, const QString& initialFolder) = 0;
+    // The roots a typed path may start from, in the platform's order.
+    virtual QStringList MountedVolumes() = 0;
+
+    virtual QString ClipboardText() = 0;
+    virtual void SetClipboardText(const QString& text) = 0;
+    // A pop-up menu at the pointer ("-" is a separator); the index of the
+    // chosen item, or -1 when the menu closed without a choice.
+    struct PopupItem {
+        QString text;
+        bool enabled = true;
+    };
+    virtual int PopupMenu(const std::vector<PopupItem>& items) = 0;
+
+    // Ends the program with this exit code once the event loop regains control.
+    virtual void Quit(int exitCode) = 0;
 
     virtual OSVersionRecord OSVersion() = 0;
     // The main screen's area for windows, in screen coordinates.

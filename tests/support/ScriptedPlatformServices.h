@@ -35,10 +35,31 @@ public:
         return true;
     }
 
+    QString ChooseFolder(const QString& title, const QString& actionCaption, const QString& initialFolder) override
+    {
+        calls << QStringLiteral("ChooseFolder: %1 | %2 | %3").arg(title, actionCaption, initialFolder);
+        return chosenFolders.isEmpty() ? QString() : chosenFolders.dequeue();
+    }
+    QStringList MountedVolumes() override { return volumes; }
+    QString ClipboardText() override { return clipboard; }
+    void SetClipboardText(const QString& text) override { clipboard = text; }
+    int PopupMenu(const std::vector<PopupItem>& items) override
+    {
+        QStringList shown;
+        for (const PopupItem& item : items)
+            shown << (item.enabled ? item.text : QStringLiteral("(%1)").arg(item.text));
+        calls << QStringLiteral("PopupMenu: ") + shown.join(QLatin1Char('|'));
+        return popupChoices.isEmpty() ? -1 : popupChoices.dequeue();
+    }
+    void Quit(int exitCode) override { calls << QStringLiteral("Quit: %1").arg(exitCode); }
     OSVersionRecord OSVersion() override { return osVersion; }
     QRect AvailableScreen() override { return screen; }
 
     QStringList calls;
+    QQueue<QString> chosenFolders;   // empty: the chooser is cancelled
+    QStringList volumes{QStringLiteral("/")};
+    QString clipboard;
+    QQueue<int> popupChoices;         // empty: the menu closes without a choice
     OSVersionRecord osVersion{6, 1, 0};
     QRect screen{0, 0, 1920, 1080};
     QQueue<bool> yesAnswers;
