@@ -151,5 +151,7 @@ int QtPlatformServices::PopupMenu(const std::vector<PopupItem>& items)
 
 void QtPlatformServices::Quit(int exitCode)
 {
+    // Closing the windows first lets the main window save its state on the way out.
+    QApplication::closeAllWindows();
     QCoreApplication::exit(exitCode);
 }
