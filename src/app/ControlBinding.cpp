@@ -4,14 +4,22 @@
 #include "ProgressBar.h"
 #include "PushButton.h"
 #include "TextArea.h"
+#include "TextField.h"
 
+#include <QContextMenuEvent>
+#include <QKeyEvent>
 #include <QLabel>
+#include <QMouseEvent>
+#include <QPointer>
+#include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTextCursor>
 #include <QTimer>
+
+#include <utility>
 
 void BindLabel(QLabel* widget, Label& model)
 {
@@ -34,20 +42,157 @@ void BindButton(QPushButton* widget, PushButton& model)
     QObject::connect(widget, &QPushButton::clicked, &model, [&model] { model.Push(); });
 }
 
-void BindTextArea(QPlainTextEdit* widget, TextArea& model)
+namespace {
+
+// Keeps one plain-text widget and its model in step. The model is the truth:
+// the widget draws its text and selection, and reports the user's selection
+// back, while `m_applying` keeps the widget's own echoes from returning.
+class TextAreaBinding final : public QObject {
+public:
+    TextAreaBinding(QPlainTextEdit* widget, TextArea& model, TextAreaEvents events)
+        : QObject(widget), m_widget(widget), m_model(&model), m_events(std::move(events))
+    {
+        Apply([this] { m_widget->setPlainText(m_model->Text()); });
+        ApplyScrollBar(model.VerticalScrollBar());
+        ApplySelection();
+
+        connect(&model, &TextArea::textReset, this, [this] {
+            Apply([this] { m_widget->setPlainText(m_model->Text()); });
+        });
+        // Appends are frequent: they touch only the end of the document.
+        connect(&model, &TextArea::appended, this, [this](const QString& text) {
+            QTextCursor cursor(m_widget->document());
+            cursor.movePosition(QTextCursor::End);
+            Apply([&] { cursor.insertText(text); });
+        });
+        connect(&model, &TextArea::edited, this, [this](int start, int removed, const QString& inserted) {
+            QTextCursor cursor(m_widget->document());
+            cursor.setPosition(start);
+            cursor.setPosition(start + removed, QTextCursor::KeepAnchor);
+            Apply([&] { cursor.insertText(inserted); });
+        });
+        connect(&model, &TextArea::textChanged, this, &TextAreaBinding::ApplySelection);
+        connect(&model, &TextArea::selectionChanged, this, &TextAreaBinding::ApplySelection);
+        // The plain-text view scrolls by lines, so the model's line number is the
+        // scroll bar's value; Qt clamps a target past the end to the last page.
+        // A hidden bar still holds the value and scrolls the view.
+        connect(&model, &TextArea::scrollChanged, this,
+                [this](int line) { m_widget->verticalScrollBar()->setValue(line); });
+        connect(&model, &TextArea::verticalScrollBarChanged, this, &TextAreaBinding::ApplyScrollBar);
+        connect(&model, &TextArea::refreshRequested, this, [this] { m_widget->viewport()->repaint(); });
+        connect(&model, &TextArea::focusRequested, this, [this] { m_widget->setFocus(); });
+
+        connect(widget, &QPlainTextEdit::selectionChanged, this, &TextAreaBinding::ReportSelection);
+        connect(widget, &QPlainTextEdit::cursorPositionChanged, this, &TextAreaBinding::ReportSelection);
+        widget->installEventFilter(this);
+        widget->viewport()->installEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (!m_model)
+            return false;
+        switch (event->type()) {
+        case QEvent::KeyPress:
+            if (watched == m_widget && m_events.keyDown) {
+                const auto* key = static_cast<QKeyEvent*>(event);
+                return m_events.keyDown(KeyText(*key), key->modifiers());
+            }
+            break;
+        case QEvent::MouseButtonPress:
+            if (watched == m_widget->viewport() && m_events.mouseDown) {
+                const auto* mouse = static_cast<QMouseEvent*>(event);
+                const QPoint at = mouse->position().toPoint();
+                m_rightPressForwarded = mouse->button() == Qt::RightButton;
+                return m_events.mouseDown(at.x(), at.y(), m_rightPressForwarded);
+            }
+            break;
+        case QEvent::ContextMenu:
+            if (m_events.mouseDown) {
+                const auto* menu = static_cast<QContextMenuEvent*>(event);
+                // Qt follows a right press with this event; the press has
+                // already shown our menu. The menu key arrives only here.
+                const bool followsPress =
+                    std::exchange(m_rightPressForwarded, false) && menu->reason() == QContextMenuEvent::Mouse;
+                if (!followsPress) {
+                    const QPoint at = watched == m_widget ? m_widget->viewport()->mapFrom(m_widget, menu->pos())
+                                                          : menu->pos();
+                    m_events.mouseDown(at.x(), at.y(), true);
+                }
+                // Qt's own menu would edit the text behind the model's back.
+                return true;
+            }
+            break;
+        default:
+            break;
+        }
+        return false;
+    }
+
+private:
+    // With Ctrl held the event's text is a control character, so a letter is
+    // taken from its key code instead.
+    static QString KeyText(const QKeyEvent& event)
+    {
+        const int key = event.key();
+        if (key >= Qt::Key_A && key <= Qt::Key_Z)
+            return QString(QChar(u'a' + (key - Qt::Key_A)));
+        return event.text();
+    }
+
+    template <class F>
+    void Apply(F&& change)
+    {
+        const bool outer = !m_applying;
+        m_applying = true;
+        change();
+        if (outer)
+            m_applying = false;
+    }
+
+    void ApplySelection()
+    {
+        if (!m_model)
+            return;
+        const int start = m_model->SelStart();
+        const int end = start + m_model->SelLength();
+        const QTextCursor current = m_widget->textCursor();
+        // Equal already: resetting would undo the direction of a drag in progress.
+        if (current.selectionStart() == start && current.selectionEnd() == end)
+            return;
+        QTextCursor cursor(m_widget->document());
+        cursor.setPosition(start);
+        cursor.setPosition(end, QTextCursor::KeepAnchor);
+        Apply([&] { m_widget->setTextCursor(cursor); });
+    }
+
+    void ReportSelection()
+    {
+        if (m_applying || !m_model)
+            return;
+        const QTextCursor cursor = m_widget->textCursor();
+        m_model->SetSelection(cursor.selectionStart(), cursor.selectionEnd() - cursor.selectionStart());
+    }
+
+    void ApplyScrollBar(bool shown)
+    {
+        m_widget->setVerticalScrollBarPolicy(shown ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
+    }
+
+    QPlainTextEdit* m_widget;
+    // The model may die first: a closed progress window's view goes a pass later.
+    QPointer<TextArea> m_model;
+    TextAreaEvents m_events;
+    bool m_applying = false;
+    bool m_rightPressForwarded = false;
+};
+
+} // namespace
+
+void BindTextArea(QPlainTextEdit* widget, TextArea& model, TextAreaEvents events)
 {
-    widget->setPlainText(model.Text());
-    QObject::connect(&model, &TextArea::textReset, widget, [widget, &model] { widget->setPlainText(model.Text()); });
-    QObject::connect(&model, &TextArea::appended, widget, [widget](const QString& text) {
-        QTextCursor cursor(widget->document());
-        cursor.movePosition(QTextCursor::End);
-        cursor.insertText(text);
-    });
-    // The plain-text view scrolls by lines, so the model's line number is the
-    // scroll bar's value; Qt clamps a target past the end to the last page.
-    QObject::connect(&model, &TextArea::scrollChanged, widget,
-                     [widget](int line) { widget->verticalScrollBar()->setValue(line); });
-    QObject::connect(&model, &TextArea::refreshRequested, widget, [widget] { widget->viewport()->repaint(); });
+    new TextAreaBinding(widget, model, std::move(events));
 }
 
 void BindProgressBar(QProgressBar* widget, ProgressBar& model)
@@ -68,4 +213,15 @@ void BindProgressBar(QProgressBar* widget, ProgressBar& model)
         if (!frame->isActive())
             frame->start();
     });
+}
+
+void BindTextField(QLineEdit* widget, TextField& model)
+{
+    widget->setText(model.Text());
+    // Only a change from elsewhere is drawn: redrawing what the user typed would move the caret.
+    QObject::connect(&model, &TextField::changed, widget, [widget, &model] {
+        if (widget->text() != model.Text())
+            widget->setText(model.Text());
+    });
+    QObject::connect(widget, &QLineEdit::textEdited, &model, [&model](const QString& text) { model.SetText(text); });
 }

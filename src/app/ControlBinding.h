@@ -1,17 +1,34 @@
 #pragma once
 
+#include <QtCore/qnamespace.h>
+
+#include <functional>
+
 class Label;
 class PushButton;
 class TextArea;
+class TextField;
+class QLineEdit;
 class ProgressBar;
 class QLabel;
 class QPushButton;
 class QPlainTextEdit;
 class QProgressBar;
+class QString;
+
+// A controller's handlers for the user's keys and clicks in a text area. Each
+// returns true when it used the event up, so that the widget must not act on it.
+struct TextAreaEvents {
+    std::function<bool(const QString& key, Qt::KeyboardModifiers modifiers)> keyDown;
+    // x and y in the text's viewport; contextual for a right click or the menu key.
+    std::function<bool(int x, int y, bool contextual)> mouseDown;
+};
 
 // Ties a widget to the control model it draws: model changes update the
 // widget, user actions go back to the model. The widget owns the connections.
 void BindLabel(QLabel* widget, Label& model);
 void BindButton(QPushButton* widget, PushButton& model);
-void BindTextArea(QPlainTextEdit* widget, TextArea& model);
+// The text and the selection follow the model; the user's selection goes back to it.
+void BindTextArea(QPlainTextEdit* widget, TextArea& model, TextAreaEvents events = {});
+void BindTextField(QLineEdit* widget, TextField& model);
 void BindProgressBar(QProgressBar* widget, ProgressBar& model);

@@ -21,7 +21,11 @@ ProgressWinView::ProgressWinView(ProgressWin& model, QWidget* parent)
     log->setReadOnly(true);
     log->setLineWrapMode(QPlainTextEdit::NoWrap);
     log->setGeometry(20, 28, 460, 225);
-    BindTextArea(log, model.ActivityLog);
+    BindTextArea(log, model.ActivityLog,
+                 {[&model](const QString& key, Qt::KeyboardModifiers modifiers) {
+                      return model.ActivityLog_KeyDown(key, modifiers);
+                  },
+                  [&model](int x, int y, bool contextual) { return model.ActivityLog_MouseDown(x, y, contextual); }});
 
     auto* bar = new QProgressBar(this);
     bar->setTextVisible(false);

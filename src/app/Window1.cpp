@@ -8,6 +8,8 @@ Window1::Window1(Globals& globals, Clock& clock, PlatformServices& platform, Vex
     : Window1Firmware(globals, clock, platform, hid, parent), m_prefs(prefs)
 {
     DisplayStatus.SetVisible(false);
+    connect(&SendVexilButton, &PushButton::Action, this, &Window1::SendVexilButton_Action);
+    connect(&SendAllTimer, &Timer::Action, this, &Window1::SendAllTimer_Action);
     // Designed size, centred on the main screen, until the preferences say otherwise.
     const QRect screen = platform.AvailableScreen();
     m_bounds = QRect(screen.x() + (screen.width() - DesignWidth) / 2,

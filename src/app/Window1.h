@@ -45,15 +45,19 @@ public:
     Label StaticText6{QStringLiteral("Available")};
     Label StaticText23{QStringLiteral("Activity Log")};
     Label DisplayStatus{QStringLiteral("Ready")};
-    PushButton DefaultButton{QStringLiteral("Default")};
-    PushButton BrowseButton{QStringLiteral("Browse")};
     PushButton CopyNewFilesButton{QStringLiteral("Copy New Files from Corvane")};
     MenuItem ViewTrace{QStringLiteral("Trace")};
     Timer FTPTimer{250};
     Timer SendAllTimer{250};
 
+    // The answer of the last question window.
+    bool m_MyYesWindowResponse = false;
+
     void Event_Open();
     void Event_Close();
+    void SendVexilButton_Action();
+    // The load driver: checks, progress window, the load, and its closing steps.
+    void SendAllTimer_Action();
     void GetOSVersion();
     void TabPanel1_Change(int value);
 

@@ -5,6 +5,7 @@
 #include "Window1.h"
 
 #include <QCloseEvent>
+#include <QKeyEvent>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -69,8 +70,10 @@ Window1View::Window1View(Window1& controller, QWidget* parent)
     m_layout.Add(ButtonFor(w.BrowseButton, central), QRect(482, 60, 80, 20), L::Left | L::Top);
 
     auto* folderPath = new QLineEdit(central);
-    folderPath->setText(w.FolderPath.Text());
-    connect(&w.FolderPath, &TextField::changed, folderPath, [folderPath, &w] { folderPath->setText(w.FolderPath.Text()); });
+    BindTextField(folderPath, w.FolderPath);
+    folderPath->installEventFilter(this);
+    m_folderPath = folderPath;
+    connect(&w, &Window1::focusTabPanel, tabs, [tabs] { tabs->setFocus(); });
     m_layout.Add(folderPath, QRect(35, 92, 525, 22), L::Left | L::Right);
 
     m_layout.Add(LabelFor(w.StaticText22, central, true), QRect(37, 136, 149, 20), L::None);
@@ -88,7 +91,11 @@ Window1View::Window1View(Window1& controller, QWidget* parent)
     m_statusField = new QPlainTextEdit(central);
     m_statusField->setReadOnly(true);
     m_statusField->setTabChangesFocus(false);
-    BindTextArea(m_statusField, w.StatusField);
+    BindTextArea(m_statusField, w.StatusField,
+                 {[&w](const QString& key, Qt::KeyboardModifiers modifiers) {
+                      return w.StatusField_KeyDown(key, modifiers);
+                  },
+                  [&w](int x, int y, bool contextual) { return w.StatusField_MouseDown(x, y, contextual); }});
     m_layout.Add(m_statusField, QRect(34, 323, 532, 200), L::All);
     connect(&w, &Window1::focusStatusField, m_statusField, [this] { m_statusField->setFocus(); });
 
@@ -113,6 +120,25 @@ void Window1View::ShowProgressWin(ProgressWin* model)
     connect(model, &QObject::destroyed, view, &QObject::deleteLater);
     // Closing ends the model's life too; both then go in the same deferred pass.
     connect(model, &ProgressWin::closed, view, &QObject::deleteLater);
+}
+
+bool Window1View::eventFilter(QObject* watched, QEvent* event)
+{
+    // Return, Enter and Tab in the path field go to the controller first; Tab
+    // is never consumed, so the focus still moves on.
+    if (watched == m_folderPath && event->type() == QEvent::KeyPress) {
+        const auto* key = static_cast<QKeyEvent*>(event);
+        QString code;
+        if (key->key() == Qt::Key_Return)
+            code = QChar(13);
+        else if (key->key() == Qt::Key_Enter)
+            code = QChar(3);
+        else if (key->key() == Qt::Key_Tab)
+            code = QChar(9);
+        if (!code.isEmpty())
+            return m_controller.FolderPath_KeyDown(code);
+    }
+    return QMainWindow::eventFilter(watched, event);
 }
 
 void Window1View::closeEvent(QCloseEvent* event)

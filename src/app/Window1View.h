@@ -15,6 +15,7 @@ public:
     explicit Window1View(Window1& controller, QWidget* parent = nullptr);
 
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void moveEvent(QMoveEvent* event) override;
@@ -26,5 +27,6 @@ private:
     Window1& m_controller;
     DesignLayout m_layout;
     QPlainTextEdit* m_statusField = nullptr;
+    QWidget* m_folderPath = nullptr;
     bool m_applyingBounds = false;
 };

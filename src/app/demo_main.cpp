@@ -1,12 +1,15 @@
 #include "App.h"
 #include "AppIcon.h"
 #include "QtPlatformServices.h"
+#include "SampleFirmware.h"
 #include "SimulatedVexil.h"
 #include "SystemClock.h"
 
 #include <QApplication>
 #include <QIcon>
 #include <QCommandLineParser>
+#include <QDir>
+#include <QStandardPaths>
 #include <QTimer>
 
 // The real application with a simulated device in place of the USB link.
@@ -29,8 +32,26 @@ int main(int argc, char* argv[])
                                      QStringLiteral("us"), QStringLiteral("1000"));
     const QCommandLineOption quitWhenShown(QStringLiteral("quit-when-shown"),
                                            QStringLiteral("Quit as soon as the main window is on screen (for timing)."));
-    parser.addOptions({absent, silent, revision, latency, quitWhenShown});
+    const QCommandLineOption sample(QStringLiteral("sample"),
+                                    QStringLiteral("Put a sample firmware file of this revision (e.g. 114) into the "
+                                                   "demo's firmware folder."),
+                                    QStringLiteral("revision"));
+    parser.addOptions({absent, silent, revision, latency, quitWhenShown, sample});
     parser.process(application);
+
+    // The demo keeps its own firmware folder and preferences, apart from the real ones.
+    const QString sandbox = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation)
+        + QStringLiteral("/vexil-utility-demo");
+    qputenv("XDG_DATA_HOME", QString(sandbox + QStringLiteral("/data")).toUtf8());
+    qputenv("XDG_CONFIG_HOME", QString(sandbox + QStringLiteral("/config")).toUtf8());
+    const QString firmwareFolder = Window1Firmware::MakeDefaultFolder();
+    if (!firmwareFolder.isEmpty()) {
+        // Something to load on the first run, and more on request.
+        if (QDir(firmwareFolder).entryList({QStringLiteral("vexil*.hex")}, QDir::Files).isEmpty())
+            SampleFirmware::WriteTo(firmwareFolder, 113);
+        if (parser.isSet(sample))
+            SampleFirmware::WriteTo(firmwareFolder, std::clamp(parser.value(sample).toInt(), 1, 9999));
+    }
 
     SystemClock clock;
     SimulatedVexil device(clock);
@@ -44,6 +65,13 @@ int main(int argc, char* argv[])
 
     QtPlatformServices platform;
     App app(clock, device, platform);
+    // After a load the device runs the revision of the file it was sent (one byte's worth).
+    device.SetRevisionAfterLoad([&app]() -> std::uint8_t {
+        int index = 0;
+        const QString digits =
+            Window1Firmware::GetNewestRevision(QStringLiteral("vexil"), {app.window1().m_RevisionedFilename.m_strpath}, index);
+        return static_cast<std::uint8_t>(std::clamp<qint64>(Window1Firmware::LeadingNumber(digits), 0, 255));
+    });
     app.Event_Open();
     if (parser.isSet(quitWhenShown))
         QTimer::singleShot(0, &application, [] { QApplication::quit(); });

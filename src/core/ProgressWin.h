@@ -1,5 +1,6 @@
 #pragma once
 
+#include "PlatformServices.h"
 #include "ProgressBar.h"
 #include "PushButton.h"
 #include "TextArea.h"
@@ -33,11 +34,24 @@ public:
     void SetActivityLog(const QString& text);
     void CloseIt_Action();
 
+    // The log takes no typing, but the user may select, copy, cut and delete.
+    void ActivityLog_TextChange();
+    // True when the key was a shortcut and is used up here.
+    bool ActivityLog_KeyDown(const QString& key, Qt::KeyboardModifiers modifiers);
+    // True when the click was contextual and its menu has been shown.
+    bool ActivityLog_MouseDown(int x, int y, bool contextual);
+
+    // The desktop's clipboard and pop-up menu; without them the log only selects.
+    void SetPlatform(PlatformServices* platform) { m_platform = platform; }
+
 signals:
     void shown();
     void closed();
     void refreshRequested();
 
 private:
+    void CopySelection();
+
     bool m_visible = false;
+    PlatformServices* m_platform = nullptr;
 };

@@ -6,6 +6,9 @@ Window1Base::Window1Base(Globals& globals, Clock& clock, PlatformServices& platf
     : QObject(parent), m_globals(globals), m_clock(clock), m_platform(platform)
 {
     m_globals.AttachWindow(this);
+    connect(&StatusField, &TextArea::textChanged, this, &Window1Base::StatusField_TextChange);
+    // The control opens with its window.
+    StatusField_Open();
 }
 
 Window1Base::~Window1Base()
@@ -34,6 +37,7 @@ ProgressWin& Window1Base::GetProgressWin()
     if (!m_progressWin) {
         // Parented to the window so that a closed one still awaiting deletion dies with it.
         m_progressWin = new ProgressWin(this);
+        m_progressWin->SetPlatform(&m_platform);
         ProgressWin* created = m_progressWin;
         connect(created, &ProgressWin::closed, this, [this, created] {
             if (m_progressWin == created)

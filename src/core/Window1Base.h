@@ -36,6 +36,15 @@ public:
     void SetStatus();
     void UpdateTimeStamp();
 
+    // The status log's events. It takes no typing, but the user may select,
+    // copy, cut, paste and delete through shortcuts and its pop-up menu.
+    void StatusField_Open();
+    void StatusField_TextChange();
+    // True when the key was a shortcut and is used up here.
+    bool StatusField_KeyDown(const QString& key, Qt::KeyboardModifiers modifiers);
+    // True when the click was contextual and its menu has been shown.
+    bool StatusField_MouseDown(int x, int y, bool contextual);
+
     // The one-message window: shown without waiting for the user.
     void MyMsgBox(const QString& text) { m_platform.MyMsgBox(text); }
 

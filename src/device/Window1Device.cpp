@@ -162,5 +162,10 @@ bool Window1Device::CheckVexilRevisions()
 
 void Window1Device::VexilRevisionsTimer_Action()
 {
+    // A check asked for while a load runs waits for the load to end.
+    if (mDeviceBusy) {
+        VexilRevisionsTimer.SetMode(Timer::ModeSingle);
+        return;
+    }
     CheckVexilRevisions();
 }

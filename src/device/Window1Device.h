@@ -34,6 +34,10 @@ public:
     ProgramFrame WriteFrame;
     ProgramPacket ResponsePacket;
 
+    // True while a load owns the link. WriteFrame and ResponsePacket serve every
+    // command, so nothing else may talk to the device until the load is over.
+    bool mDeviceBusy = false;
+
     void OpenHid();
     // One command and the wait for the status letter that ends it. No retry.
     bool VexilWriteReadResponse(char cmd);

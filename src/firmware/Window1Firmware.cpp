@@ -30,6 +30,8 @@ Window1Firmware::Window1Firmware(Globals& globals, Clock& clock, PlatformService
     m_RevisionedFilename.m_mstrPath = QStringLiteral("-");
     connect(&NewRevisionsTimer, &Timer::Action, this, &Window1Firmware::NewRevisionsTimer_Action);
     connect(&CheckRevisionsNowButton, &PushButton::Action, this, &Window1Firmware::CheckRevisionsNowButton_Action);
+    connect(&DefaultButton, &PushButton::Action, this, &Window1Firmware::DefaultButton_Action);
+    connect(&BrowseButton, &PushButton::Action, this, &Window1Firmware::BrowseButton_Action);
 }
 
 qint64 Window1Firmware::LeadingNumber(const QString& text)
@@ -156,11 +158,19 @@ void Window1Firmware::CheckNewRevisions()
 
 void Window1Firmware::NewRevisionsTimer_Action()
 {
+    // The labels it compares are in flux during a load, and its notice would
+    // stop the load halfway: it runs once the load is over.
+    if (mDeviceBusy) {
+        NewRevisionsTimer.SetMode(Timer::ModeSingle);
+        return;
+    }
     CheckNewRevisions();
 }
 
 void Window1Firmware::CheckRevisionsNowButton_Action()
 {
+    if (mDeviceBusy)
+        return;
     CheckRevisionsNowButton.SetEnabled(false);
     Checklocalfiles();
     VexilRevisionsTimer.SetMode(Timer::ModeSingle);

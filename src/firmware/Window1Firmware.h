@@ -17,6 +17,8 @@ public:
                     QObject* parent = nullptr);
 
     TextField FolderPath;
+    PushButton DefaultButton{QStringLiteral("Default")};
+    PushButton BrowseButton{QStringLiteral("Browse")};
     Timer NewRevisionsTimer{250};
     // Revision digits of the newest local file; empty when there is none.
     QString hmcuRevision;
@@ -31,6 +33,14 @@ public:
     void CheckRevisionsNowButton_Action();
     void ShowReleaseNotes();
 
+    void DefaultButton_Action();
+    void BrowseButton_Action();
+    // Return and Enter take the typed path over and move the focus on (true:
+    // the key is dealt with); Tab takes it over and lets the focus move as usual.
+    bool FolderPath_KeyDown(const QString& key);
+    // Takes over the typed path, offering to create a folder that does not exist.
+    void CheckFolderPath();
+
     // The revision digits of the newest "<prefix><digits>.hex" in `files`, or ""
     // when none has a number above 0; `index` is set to its place only when found.
     static QString GetNewestRevision(const QString& prefix, const QStringList& files, int& index);
@@ -43,4 +53,15 @@ public:
     // The default firmware folder below the application data folder, created
     // level by level; empty when it cannot be had.
     static QString MakeDefaultFolder();
+    // Where the default folder is, whether or not it exists; empty without a data folder.
+    static QString DefaultFolderPath();
+
+signals:
+    void focusTabPanel();
+
+private:
+    // Creates the missing levels of a typed path from its volume down; the
+    // stored form of the last folder, or empty after telling the user why not.
+    QString CreateTypedPath(const QString& typed);
+    void ShowStoredPath() { FolderPath.SetText(m_globals.m_FolderPath); }
 };

@@ -217,7 +217,7 @@ int SimulatedVexil::HandleWrite(int generation, const unsigned char* data, std::
                     }
                     m_state = State::Complete;
                     if (!m_revisionUnchanged)
-                        m_appRevision = m_revisionAfterLoad;
+                        m_appRevision = m_revisionOfLoadedFile ? m_revisionOfLoadedFile() : m_revisionAfterLoad;
                     QueueAnswer(entry, 'B', m_latencyUs);
                 } else {
                     const std::uint32_t target = entry.addr + 16u * entry.pkno;

@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include <array>
+#include <functional>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -50,6 +51,11 @@ public:
     void SetAppRevision(std::uint8_t revision) { m_appRevision = revision; }
     // The revision the device reports once a load has completed.
     void SetRevisionAfterLoad(std::uint8_t revision) { m_revisionAfterLoad = revision; }
+    // Asked at the completion of each load instead, when set: a device runs what it was sent.
+    void SetRevisionAfterLoad(std::function<std::uint8_t()> revisionOfLoadedFile)
+    {
+        m_revisionOfLoadedFile = std::move(revisionOfLoadedFile);
+    }
     // A load completes but the device keeps reporting its old revision.
     void SetRevisionUnchangedAfterLoad(bool unchanged) { m_revisionUnchanged = unchanged; }
     void SetIdentity(const std::string& fourChars) { m_identity = fourChars; }
@@ -106,6 +112,7 @@ private:
     std::uint8_t m_appRevision = 112;
     std::uint8_t m_revisionAfterLoad = 113;
     bool m_revisionUnchanged = false;
+    std::function<std::uint8_t()> m_revisionOfLoadedFile;
 
     struct FaultPlan {
         Fault fault = Fault::None;

@@ -14,5 +14,5 @@ if grep -E 'AF_INET6?|AF_PACKET' "$work/trace"; then
   exit 1
 fi
 # The run got as far as start-up's own work: it made the preferences file.
-test -f "$work/config/VexilUtilPrefs"
+test -f "$work/data/vexil-utility-demo/config/VexilUtilPrefs"
 echo "no network socket during start-up"

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+// A firmware file for the simulated device: a full flash window of 16-byte
+// records behind extended address records, as a real file is laid out.
+class SampleFirmware {
+public:
+    static QByteArray Image(int seed = 0);
+    // Writes "vexil<revision as four digits>.hex" into `folder`; false on a write error.
+    static bool WriteTo(const QString& folder, int revision);
+};
