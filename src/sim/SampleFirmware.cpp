@@ -3,12 +3,7 @@
 #include <QDir>
 #include <QSaveFile>
 
-#include <cstdint>
-#include <vector>
-
-namespace {
-
-QByteArray Record(int type, std::uint16_t address, const std::vector<std::uint8_t>& data)
+QByteArray SampleFirmware::Record(int type, std::uint16_t address, const std::vector<std::uint8_t>& data)
 {
     std::vector<std::uint8_t> bytes{static_cast<std::uint8_t>(data.size()), static_cast<std::uint8_t>(address >> 8),
                                     static_cast<std::uint8_t>(address), static_cast<std::uint8_t>(type)};
@@ -17,14 +12,14 @@ QByteArray Record(int type, std::uint16_t address, const std::vector<std::uint8_
     for (std::uint8_t b : bytes)
         sum = static_cast<std::uint8_t>(sum + b);
     bytes.push_back(static_cast<std::uint8_t>(-sum));
-    return ":" + QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size())).toHex().toUpper()
-        + "\r\n";
+    return ":" + QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size())).toHex().toUpper();
 }
-
-} // namespace
 
 QByteArray SampleFirmware::Image(int seed)
 {
+    const auto Line = [](int type, std::uint16_t address, const std::vector<std::uint8_t>& data) {
+        return Record(type, address, data) + "\r\n";
+    };
     constexpr std::uint32_t start = 0x1D008000;
     constexpr std::uint32_t end = 0x1D040000;
     QByteArray image;
@@ -32,17 +27,17 @@ QByteArray SampleFirmware::Image(int seed)
     for (std::uint32_t a = start; a < end; a += 16) {
         if ((a >> 16) != upper) {
             upper = a >> 16;
-            image += Record(4, 0, {static_cast<std::uint8_t>(upper >> 8), static_cast<std::uint8_t>(upper)});
+            image += Line(4, 0, {static_cast<std::uint8_t>(upper >> 8), static_cast<std::uint8_t>(upper)});
         }
         std::vector<std::uint8_t> data(16);
         for (std::uint32_t i = 0; i < 16; ++i)
             data[i] = static_cast<std::uint8_t>((a + i) * 31 + static_cast<std::uint32_t>(seed));
-        image += Record(0, static_cast<std::uint16_t>(a), data);
+        image += Line(0, static_cast<std::uint16_t>(a), data);
     }
     // A boot-configuration record after the program, which a load never reaches.
-    image += Record(4, 0, {0x1F, 0xC0});
-    image += Record(0, 0x2FF0, {0xFF, 0xFF, 0xFF, 0x7F});
-    return image + Record(1, 0, {});
+    image += Line(4, 0, {0x1F, 0xC0});
+    image += Line(0, 0x2FF0, {0xFF, 0xFF, 0xFF, 0x7F});
+    return image + Line(1, 0, {});
 }
 
 bool SampleFirmware::WriteTo(const QString& folder, int revision)

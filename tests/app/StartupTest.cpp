@@ -1,6 +1,7 @@
 #include "Globals.h"
 #include "ManualClock.h"
 #include "QtPrinters.h"
+#include "StatusLog.h"
 #include "REALEasyPrefs.h"
 #include "ScriptedPlatformServices.h"
 #include "SimulatedVexil.h"
@@ -55,14 +56,7 @@ protected:
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(bytes);
     }
-    QStringList StatusLines() const
-    {
-        static const QRegularExpression stamp(QStringLiteral("^\\d\\d:\\d\\d:\\d\\d "));
-        QStringList lines = window->StatusField.Text().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-        for (QString& line : lines)
-            line.remove(stamp);
-        return lines;
-    }
+    QStringList StatusLines() const { return StatusLinesOf(window->StatusField); }
 };
 
 TEST_F(Startup, FirstStartCreatesEmptyPreferencesAndUsesTheDefaults)

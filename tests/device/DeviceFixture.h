@@ -3,6 +3,7 @@
 #include "Globals.h"
 #include "ManualClock.h"
 #include "QtPrinters.h"
+#include "StatusLog.h"
 #include "ScriptedPlatformServices.h"
 #include "SimulatedVexil.h"
 #include "VexilHid.h"
@@ -35,15 +36,7 @@ protected:
         globals.m_ProgressWinOpen = true;
     }
 
-    // Status lines without their time stamps.
-    QStringList StatusLines() const
-    {
-        static const QRegularExpression stamp(QStringLiteral("^\\d\\d:\\d\\d:\\d\\d "));
-        QStringList lines = window->StatusField.Text().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-        for (QString& line : lines)
-            line.remove(stamp); // the second line of a two-line message has no stamp
-        return lines;
-    }
+    QStringList StatusLines() const { return StatusLinesOf(window->StatusField); }
 
     QStringList ActivityLines()
     {

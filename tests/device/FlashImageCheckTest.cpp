@@ -37,6 +37,10 @@ TEST(FlashImageCheck, FullWindowIsSoundWhateverFollowsIt)
     EXPECT_TRUE(result.windowFull);
     EXPECT_EQ(result.packets, 14336);
 
+    // The demo's sample file is a sound full image too.
+    const auto sample = Check(SampleFirmware::Image(113));
+    EXPECT_TRUE(sample.Sound() && sample.windowFull) << sample.Describe().toStdString();
+
     // Even a broken record after a full window is never reached.
     EXPECT_TRUE(Check(HexFile::Image(Start, End - Start, 0, false) + ":0100000001FF\r\n").Sound());
 }

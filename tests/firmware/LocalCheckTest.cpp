@@ -1,6 +1,7 @@
 #include "Globals.h"
 #include "ManualClock.h"
 #include "QtPrinters.h"
+#include "StatusLog.h"
 #include "ScriptedPlatformServices.h"
 #include "SimulatedVexil.h"
 #include "VexilHid.h"
@@ -42,14 +43,7 @@ protected:
 
     void Touch(const QString& name) { QFile(firmware.filePath(name)).open(QIODevice::WriteOnly); }
 
-    QStringList StatusLines() const
-    {
-        static const QRegularExpression stamp(QStringLiteral("^\\d\\d:\\d\\d:\\d\\d "));
-        QStringList lines = window.StatusField.Text().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-        for (QString& line : lines)
-            line.remove(stamp);
-        return lines;
-    }
+    QStringList StatusLines() const { return StatusLinesOf(window.StatusField); }
 };
 
 TEST_F(LocalCheck, NewestFileOfTheFolderIsShownAndChosen)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "SampleFirmware.h"
+
 #include <QByteArray>
 #include <QDir>
 #include <QFile>
@@ -14,17 +16,7 @@ namespace HexFile {
 // One record line, without line end, with a correct checksum.
 inline QByteArray Record(int type, std::uint16_t address, const std::vector<std::uint8_t>& data)
 {
-    std::vector<std::uint8_t> bytes{static_cast<std::uint8_t>(data.size()), static_cast<std::uint8_t>(address >> 8),
-                                    static_cast<std::uint8_t>(address), static_cast<std::uint8_t>(type)};
-    bytes.insert(bytes.end(), data.begin(), data.end());
-    std::uint8_t sum = 0;
-    for (std::uint8_t b : bytes)
-        sum = static_cast<std::uint8_t>(sum + b);
-    bytes.push_back(static_cast<std::uint8_t>(-sum));
-    QByteArray line(":");
-    for (std::uint8_t b : bytes)
-        line += QByteArray::number(b, 16).rightJustified(2, '0').toUpper();
-    return line;
+    return SampleFirmware::Record(type, address, data);
 }
 
 inline QByteArray Linear(std::uint16_t upper)
