@@ -1,14 +1,7 @@
 #include "ControlBinding.h"
-#include "Globals.h"
-#include "ManualClock.h"
 #include "ProgressWinView.h"
 #include "QtPrinters.h"
-#include "REALEasyPrefs.h"
-#include "ScriptedPlatformServices.h"
-#include "SimulatedVexil.h"
-#include "VexilHid.h"
-#include "Window1.h"
-#include "Window1View.h"
+#include "Window1ViewFixture.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>
@@ -20,20 +13,8 @@
 
 namespace {
 
-class LogEditingViewTest : public ::testing::Test {
+class LogEditingViewTest : public Window1ViewFixture {
 protected:
-    // First, so that it runs last: the progress window's view goes a pass after its model.
-    struct FlushDeferredDeletes {
-        ~FlushDeferredDeletes() { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
-    } flush;
-    ManualClock clock;
-    SimulatedVexil device{clock};
-    VexilHid hid{device};
-    Globals globals;
-    ScriptedPlatformServices platform;
-    REALEasyPrefs prefs;
-    Window1 window{globals, clock, platform, hid, prefs};
-    Window1View view{window};
     QPlainTextEdit* log = view.findChild<QPlainTextEdit*>();
 
     static void Select(QPlainTextEdit* edit, int start, int end)

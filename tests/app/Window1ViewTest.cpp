@@ -1,13 +1,6 @@
-#include "Globals.h"
-#include "ManualClock.h"
-#include "ScriptedPlatformServices.h"
 #include "ProgressWinView.h"
 #include "QtPrinters.h"
-#include "REALEasyPrefs.h"
-#include "SimulatedVexil.h"
-#include "VexilHid.h"
-#include "Window1.h"
-#include "Window1View.h"
+#include "Window1ViewFixture.h"
 
 #include <QApplication>
 #include <QFile>
@@ -45,22 +38,7 @@ QList<ProgressWinView*> ProgressViews()
     return views;
 }
 
-class Window1ViewTest : public ::testing::Test {
-protected:
-    // Declared first so it runs last: views whose models died with the window
-    // are deleted late, and must not leak into the next case.
-    struct FlushDeferredDeletes {
-        ~FlushDeferredDeletes() { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
-    } flush;
-    ManualClock clock;
-    SimulatedVexil device{clock};
-    VexilHid hid{device};
-    Globals globals;
-    ScriptedPlatformServices platform;
-    REALEasyPrefs prefs;
-    Window1 window{globals, clock, platform, hid, prefs};
-    Window1View view{window};
-};
+class Window1ViewTest : public Window1ViewFixture {};
 
 TEST_F(Window1ViewTest, CheckRevisionsNowRunsThroughTheWidgets)
 {
