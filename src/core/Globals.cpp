@@ -14,3 +14,9 @@ void Globals::SetStatusText(const QString& text, bool verboseOnly)
     // Last, so that a nested call from a timer cannot mix with this message.
     DoEvents(-1);
 }
+
+void Globals::UpdateTimeStamp()
+{
+    if (m_window)
+        m_window->UpdateTimeStamp();
+}

@@ -27,6 +27,9 @@ public:
     // m_Verbose is set) and then gives the event loop one pass, shown line or not.
     void SetStatusText(const QString& text, bool verboseOnly = false);
 
+    // Stamps the main window's activity time, when there is a main window.
+    void UpdateTimeStamp();
+
     // The main window whose StatusField receives the lines.
     void AttachWindow(Window1Base* window) { m_window = window; }
 

@@ -1,0 +1,351 @@
+#include "FTPSessionClass.h"
+
+#include "Clock.h"
+#include "DoEvents.h"
+#include "FTPReply.h"
+
+#include <QRandomGenerator>
+#include <QStringDecoder>
+#include <QStringEncoder>
+
+#include <array>
+
+FTPSessionClass::FTPSessionClass(Globals& globals, Clock& clock)
+    : m_globals(globals), m_clock(clock)
+{
+    Construct();
+    FileDelimiter = QStringLiteral(":");
+    FTPCommandCRLF = QByteArrayLiteral("\r\n");
+    ConnectionTimer = std::make_unique<FTPConnectionTimer>(this);
+    SessionStartTime = static_cast<double>(m_clock.Microseconds());
+}
+
+FTPSessionClass::FTPSessionClass(Globals& globals, Clock& clock, const QString& id)
+    : m_globals(globals), m_clock(clock)
+{
+    Construct();
+    ID = id;
+    FileDelimiter = QStringLiteral(":");
+    FTPCommandCRLF = QByteArrayLiteral("\r\n");
+    ConnectionTimer = std::make_unique<FTPConnectionTimer>(this);
+    SessionStartTime = static_cast<double>(m_clock.Microseconds());
+}
+
+FTPSessionClass::~FTPSessionClass()
+{
+    // The sockets are children of m_socketOwner and go with it; their events
+    // must not reach a session that is gone.
+    if (CommandSocket)
+        CommandSocket->Session = nullptr;
+    if (DataSocket)
+        DataSocket->Session = nullptr;
+    if (ConnectionTimer)
+        ConnectionTimer->Session = nullptr;
+}
+
+// The defaults both constructors share, in their order.
+void FTPSessionClass::Construct()
+{
+    DataPortStart = 30003;
+    DataPortEnd = 30100;
+    DataPort = static_cast<int>(30003.0 + QRandomGenerator::global()->generateDouble() * (DataPortEnd - DataPortStart));
+    CommandPort = 21;
+    Timeout = 20000;
+    SendBufferSize = 2048;
+    ServerTextEncoding = QStringConverter::Latin1;
+    PassiveMode = true;
+    FTPTransferType = QStringLiteral("I");
+    ShowInvisible = false;
+    UseNameList = false;
+    SetStatusReporting(true);
+}
+
+void FTPSessionClass::SetLoginInfo(const QString& server, const QString& userID, const QString& password)
+{
+    ServerAddress = server;
+    ServerUserID = userID;
+    ServerPassword = password;
+}
+
+void FTPSessionClass::SetStatusReporting(bool on)
+{
+    if (on)
+        FTPStatusInstance = std::make_unique<FTPStatusClass>(m_globals, this);
+}
+
+void FTPSessionClass::SetLocalFolderItem(const QFileInfo& item)
+{
+    LocalDirectory = item.absolutePath() + QLatin1Char('/');
+    if (!item.isDir())
+        AddFileName(item.fileName());
+}
+
+QString FTPSessionClass::GetNextFileName()
+{
+    return Files.isEmpty() ? QString() : Files.takeLast();
+}
+
+QFileInfo FTPSessionClass::GetNextFolderItem()
+{
+    return FileFolderItems.isEmpty() ? QFileInfo() : FileFolderItems.takeLast();
+}
+
+QString FTPSessionClass::Decode(const QByteArray& bytes) const
+{
+    QStringDecoder decoder(ServerTextEncoding);
+    return decoder(bytes);
+}
+
+void FTPSessionClass::NextFTPStep(const QString& step, const QString& command, const QString& statusText)
+{
+    ResetConnectionTimer();
+    CurrentFTPStep = step;
+
+    const bool force = command.compare(QLatin1String("FORCENOOP"), Qt::CaseInsensitive) == 0;
+    if (!force && command.compare(QLatin1String("NOOP"), Qt::CaseInsensitive) == 0) {
+        // A local step: the machine moves on as if the server had said 200,
+        // with no round trip and no report of the step text.
+        Buffer = QByteArrayLiteral("200 NOOP command successful.") + FTPCommandCRLF;
+        ParseCommandBuffer();
+        return;
+    }
+
+    const QString sent = force ? QStringLiteral("NOOP") : command;
+    if (!sent.isEmpty() && CommandSocket) {
+        QStringEncoder encoder(ServerTextEncoding);
+        CommandSocket->Write(QByteArray(encoder(sent)) + FTPCommandCRLF);
+    }
+
+    if (FTPStatusInstance) {
+        FTPStatusInstance->Session = this;
+        // No password reaches a report.
+        FTPStatusInstance->Response_FTP(command.contains(QLatin1String("PASS"), Qt::CaseInsensitive)
+                                            ? QStringLiteral("PASS")
+                                            : command);
+        // The report may run events that end the session or drop the status sink.
+        if (FTPStatusInstance)
+            FTPStatusInstance->Status_FTP(statusText);
+    }
+}
+
+void FTPSessionClass::CommandDataAvailable(FTPCommandSocket* socket)
+{
+    Buffer += socket->ReadAll();
+    while (socket->Session == this && Buffer.contains(FTPCommandCRLF)) {
+        ParseCommandBuffer();
+        DoEvents(-1);
+    }
+    if (socket->Session == this && Buffer.size() > kMaxReplyLineBytes) {
+        Buffer.clear();
+        CancelFTPSession(QStringLiteral("Error: The server sent a reply line longer than %1 bytes. Ending session.")
+                             .arg(kMaxReplyLineBytes));
+    }
+}
+
+void FTPSessionClass::CommandSocketError(FTPCommandSocket* socket, int code)
+{
+    if (socket != CommandSocket)
+        return;
+    // The server's close after QUIT is the expected end of a log-off.
+    if (GetCurrentFTPStep().compare(QLatin1String("QUIT"), Qt::CaseInsensitive) == 0)
+        return;
+    EndFTPSession(QStringLiteral("Error: ") + QString::number(code));
+}
+
+void FTPSessionClass::ParseCommandBuffer()
+{
+    ResetConnectionTimer();
+    const qsizetype end = Buffer.indexOf(FTPCommandCRLF);
+    if (end < 0)
+        return;
+    const QString line = Decode(Buffer.left(end));
+    const int code = FTPReplyCode(line);
+    Buffer.remove(0, end + FTPCommandCRLF.size());
+    if (FTPStatusInstance)
+        FTPStatusInstance->Response_FTP(line);
+    Dispatch(line, code);
+}
+
+void FTPSessionClass::ParseCommandBuffer(int code)
+{
+    ResetConnectionTimer();
+    // A line that passes both final-line tests.
+    Dispatch(QStringLiteral("x     "), code);
+}
+
+void FTPSessionClass::Dispatch(const QString& line, int code)
+{
+    using Machine = void (FTPSessionClass::*)(const QString&, int);
+    struct Route {
+        const char* type;
+        Machine machine;
+    };
+    // In the order of testing; operations not built into this client have no row.
+    static const std::array<Route, 15> routes{{
+        {"AbortTransfer", &FTPSessionClass::ExecuteAbortTransferSteps},
+        {"ChangeDir", &FTPSessionClass::ExecuteChangeDirSteps},
+        {"ParentDir", &FTPSessionClass::ExecuteParentDirSteps},
+        {"DeleteSingleFile", &FTPSessionClass::ExecuteDeleteSingleFileSteps},
+        {"RemoveDir", &FTPSessionClass::ExecuteRemoveDirSteps},
+        {"MakeDir", &FTPSessionClass::ExecuteMakeDirSteps},
+        {"RenameSingleFile", &FTPSessionClass::ExecuteRenameSingleFileSteps},
+        {"ChmodSingleFile", &FTPSessionClass::ExecuteChmodSingleFileSteps},
+        {"GetWorkingDir", &FTPSessionClass::ExecuteGetWorkingDirSteps},
+        {"Logon", &FTPSessionClass::ExecuteLogonSteps},
+        {"Logoff", &FTPSessionClass::ExecuteLogoffSteps},
+        {"GetSystemInfo", &FTPSessionClass::ExecuteSystemInfoSteps},
+        {"GetStatus", &FTPSessionClass::ExecuteStatusSteps},
+        {"SITECommand", &FTPSessionClass::ExecuteSITESteps},
+        {"DirectCommand", &FTPSessionClass::ExecuteDirectCommandSteps},
+    }};
+    for (const Route& route : routes) {
+        if (FTPSessionType.compare(QLatin1String(route.type), Qt::CaseInsensitive) == 0) {
+            (this->*route.machine)(line, code);
+            return;
+        }
+    }
+}
+
+void FTPSessionClass::ResetConnectionTimer()
+{
+    if (!ConnectionTimer)
+        ConnectionTimer = std::make_unique<FTPConnectionTimer>(this);
+    ConnectionTimer->start(Timeout);
+}
+
+void FTPSessionClass::StopTimer()
+{
+    if (ConnectionTimer)
+        ConnectionTimer->stop();
+}
+
+bool FTPSessionClass::SuccessfulMessage(const QString& text)
+{
+    static const std::array<const char*, 14> successes{
+        "File has been deleted.",
+        "The file list has been transferred.",
+        "File Transfer Complete.",
+        "File Rename Complete.",
+        "The directory has been deleted.",
+        "Directory Transfer Complete.",
+        "Directory Change Complete.",
+        "Empty Directory Removed.",
+        "Directory Created.",
+        "The working directory has been transferred.",
+        "Connected to Corvane server.",
+        "Logoff Complete.",
+        "Chmod Command Complete.",
+        "System information received.",
+    };
+    for (const char* success : successes) {
+        if (text == QLatin1String(success))
+            return true;
+    }
+    return false;
+}
+
+void FTPSessionClass::EndFTPSession(const QString& text)
+{
+    ++m_endCount;
+    if (FTPStatusInstance && !text.isEmpty()) {
+        if (SuccessfulMessage(text))
+            FTPStatusInstance->Successful_FTP(text);
+        else
+            FTPStatusInstance->Error_FTP(text);
+    }
+    StopTimer();
+    if (!IgnoreCancel)
+        DropSockets(true);
+}
+
+void FTPSessionClass::CancelFTPSession(const QString& text)
+{
+    ++m_endCount;
+    if (FTPStatusInstance) {
+        if (SuccessfulMessage(text))
+            FTPStatusInstance->Successful_FTP(text);
+        else
+            FTPStatusInstance->Error_FTP(text);
+    }
+    StopTimer();
+    DropSockets(true);
+}
+
+void FTPSessionClass::DropSockets(bool close)
+{
+    if (CommandSocket) {
+        FTPCommandSocket* socket = CommandSocket;
+        CommandSocket = nullptr;
+        socket->Session = nullptr;
+        if (close)
+            socket->close();
+        // It may be the socket whose event is running now.
+        socket->deleteLater();
+    }
+    if (DataSocket) {
+        FTPDataSocket* socket = DataSocket;
+        DataSocket = nullptr;
+        socket->Session = nullptr;
+        if (close)
+            socket->Close();
+        socket->deleteLater();
+    }
+}
+
+bool FTPSessionClass::SocketsActive()
+{
+    if (!DataSocket) {
+        EndFTPSession(QStringLiteral("Data Socket is no longer active."));
+        return false;
+    }
+    if (!CommandSocket) {
+        EndFTPSession(QStringLiteral("Command Socket is no longer active."));
+        return false;
+    }
+    if (!CommandSocket->IsConnected()) {
+        EndFTPSession(QStringLiteral("Connection Lost."));
+        return false;
+    }
+    return true;
+}
+
+double FTPSessionClass::CalcSessionTime() const
+{
+    return (static_cast<double>(m_clock.Microseconds()) - SessionStartTime) / 1000000.0;
+}
+
+bool FTPSessionClass::AtStep(const char* step) const
+{
+    return CurrentFTPStep.compare(QLatin1String(step), Qt::CaseInsensitive) == 0;
+}
+
+void FTPSessionClass::UnexpectedReply(const QString& line, bool tlsStep)
+{
+    const QString separator = tlsStep ? QStringLiteral("\r") : QStringLiteral("\n");
+    EndFTPSession(QStringLiteral("Error: ") + line + separator + Decode(Buffer));
+}
+
+void FTPSessionClass::UnknownStep()
+{
+    EndFTPSession(QStringLiteral("Unknown error during (") + CurrentFTPStep + QStringLiteral(")."));
+}
+
+void FTPSessionClass::ReportSuccess(const QString& text)
+{
+    if (FTPStatusInstance)
+        FTPStatusInstance->Successful_FTP(text);
+}
+
+bool FTPSessionClass::EnterOperation(const QString& type)
+{
+    if (!SocketsActive())
+        return false;
+    FTPSessionType = type;
+    // Cleared and re-armed before the first step rather than after it: the
+    // first step's reports pump events, and a quick server's final reply can be
+    // handled inside them; re-arming afterwards would revive a stopped timer.
+    Buffer.clear();
+    ResetConnectionTimer();
+    IgnoreCancel = true;
+    return true;
+}
