@@ -1,0 +1,114 @@
+#pragma once
+
+#include "FTPSessionClass.h"
+#include "FTPStatusClass.h"
+#include "Globals.h"
+#include "ManualClock.h"
+#include "ScriptedPlatformServices.h"
+#include "StatusLog.h"
+#include "Window1Base.h"
+
+#include <QStringList>
+#include <QTest>
+
+#include <functional>
+#include <memory>
+
+// A status sink that keeps every report, in order, as "Kind: text", and then
+// does what the application's sink does.
+class RecordingStatus : public FTPStatusClass {
+public:
+    using FTPStatusClass::FTPStatusClass;
+
+    QStringList reports;
+
+    void Error_FTP(const QString& text) override
+    {
+        reports << QStringLiteral("Error: ") + text;
+        FTPStatusClass::Error_FTP(text);
+    }
+    void Successful_FTP(const QString& text) override
+    {
+        reports << QStringLiteral("Successful: ") + text;
+        FTPStatusClass::Successful_FTP(text);
+    }
+    void Response_FTP(const QString& text) override
+    {
+        reports << QStringLiteral("Response: ") + text;
+        FTPStatusClass::Response_FTP(text);
+    }
+    void Status_FTP(const QString& text) override
+    {
+        reports << QStringLiteral("Status: ") + text;
+        FTPStatusClass::Status_FTP(text);
+    }
+
+    QStringList Of(const QString& kind) const
+    {
+        QStringList texts;
+        const QString prefix = kind + QStringLiteral(": ");
+        for (const QString& report : reports) {
+            if (report.startsWith(prefix))
+                texts << report.mid(prefix.size());
+        }
+        return texts;
+    }
+    QStringList Ends() const
+    {
+        QStringList ends;
+        for (const QString& report : reports) {
+            if (report.startsWith(QLatin1String("Error: ")) || report.startsWith(QLatin1String("Successful: ")))
+                ends << report;
+        }
+        return ends;
+    }
+};
+
+// The application's side of a session: shared state, a main window whose log
+// receives the status lines, and a session whose reports are recorded.
+class FtpSessionHarness {
+public:
+    ManualClock clock;
+    Globals globals;
+    ScriptedPlatformServices platform;
+    Window1Base window{globals, clock, platform};
+    FTPSessionClass session{globals, clock};
+    RecordingStatus* status = nullptr;
+
+    FtpSessionHarness()
+    {
+        globals.m_Verbose = true;
+        InstallRecorder();
+    }
+
+    void InstallRecorder()
+    {
+        auto recorder = std::make_unique<RecordingStatus>(globals, &session);
+        status = recorder.get();
+        session.FTPStatusInstance = std::move(recorder);
+    }
+
+    void LogonTo(quint16 port, const QString& user = QStringLiteral("anonymous"),
+                 const QString& password = QStringLiteral("guest@example.org"))
+    {
+        session.SetLoginInfo(QStringLiteral("127.0.0.1"), user, password);
+        session.CommandPort = port;
+        session.Logon();
+    }
+
+    // Waits, bounded, for the next end report (success or error), taking the
+    // ends one at a time so that two ends in one burst of events are both seen.
+    bool WaitForEnd(int timeoutMs = 10000)
+    {
+        const bool ended = QTest::qWaitFor([&] { return status->Ends().size() > endsTaken; }, timeoutMs);
+        if (ended)
+            ++endsTaken;
+        return ended;
+    }
+    // The end most recently taken by WaitForEnd.
+    QString LastEnd() const { return endsTaken == 0 ? QString() : status->Ends().at(endsTaken - 1); }
+    QStringList LogLines() const { return StatusLinesOf(window.StatusField); }
+
+private:
+    qsizetype endsTaken = 0;
+};
