@@ -372,13 +372,17 @@ QString VsftpdServer::CaCertificatePath() const
 
 bool VsftpdServer::MakeCertificate(QString* error)
 {
+    return MakeTestCertificate(CaCertificatePath(), FilePath(QStringLiteral("key.pem")), error);
+}
+
+bool MakeTestCertificate(const QString& certPath, const QString& keyPath, QString* error)
+{
     QProcess openssl;
     openssl.setProcessChannelMode(QProcess::MergedChannels);
     QStringList arguments = QStringLiteral("req -x509 -newkey rsa:2048 -nodes -days 2 -subj /CN=127.0.0.1 "
                                            "-addext subjectAltName=IP:127.0.0.1")
                                 .split(QLatin1Char(' '));
-    arguments << QStringLiteral("-keyout") << FilePath(QStringLiteral("key.pem")) << QStringLiteral("-out")
-              << CaCertificatePath();
+    arguments << QStringLiteral("-keyout") << keyPath << QStringLiteral("-out") << certPath;
     openssl.start(QStringLiteral("openssl"), arguments);
     if (!openssl.waitForFinished(StartBudgetMs)) {
         *error = QStringLiteral("openssl req did not finish: %1").arg(openssl.errorString());

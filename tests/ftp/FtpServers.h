@@ -10,6 +10,9 @@
 class QDeadlineTimer;
 class QProcess;
 
+// A self-signed certificate for 127.0.0.1 (CN and subjectAltName IP) and its key, made by openssl.
+bool MakeTestCertificate(const QString& certPath, const QString& keyPath, QString* error);
+
 // What both real-server fixtures share: a temporary folder holding the served tree, the server
 // process, and its shutdown. Start() blocks (bounded) because it runs before the client exists.
 //

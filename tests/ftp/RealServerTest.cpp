@@ -18,6 +18,11 @@ struct ServerCase {
     bool passive;
 };
 
+void PrintTo(const ServerCase& serverCase, std::ostream* os)
+{
+    *os << serverCase.name;
+}
+
 // The session against real servers on 127.0.0.1, in passive and active mode.
 class RealServerTest : public ::testing::TestWithParam<ServerCase>, protected FtpSessionHarness {
 protected:

@@ -1,6 +1,9 @@
 #include "ScriptedFtpServer.h"
 
 #include <QHostAddress>
+#include <QSslKey>
+#include <QSslSocket>
+#include <QFile>
 #include <QTcpSocket>
 #include <QTimer>
 
@@ -59,6 +62,20 @@ ScriptedFtpServer& ScriptedFtpServer::Close()
 ScriptedFtpServer& ScriptedFtpServer::Reset()
 {
     return Queue({Kind::Reset, {}, {}, 0});
+}
+
+ScriptedFtpServer& ScriptedFtpServer::StartTls(const QString& certPath, const QString& keyPath)
+{
+    return Queue({Kind::StartTls, keyPath.toUtf8(), certPath, 0});
+}
+
+void ScriptedFtpServer::Listener::incomingConnection(qintptr descriptor)
+{
+    auto* socket = new QSslSocket(this);
+    if (socket->setSocketDescriptor(descriptor))
+        addPendingConnection(socket);
+    else
+        delete socket;
 }
 
 QStringList ScriptedFtpServer::Received() const
@@ -189,6 +206,30 @@ bool ScriptedFtpServer::RunStep(const Step& step)
             m_Client->abort();
         }
         return true;
+    case Kind::StartTls: {
+        auto* tls = qobject_cast<QSslSocket*>(m_Client);
+        if (!open || !tls) {
+            m_Mismatches.append(Describe(step) + QStringLiteral(": no open connection to secure"));
+            m_Stopped = true;
+            return false;
+        }
+        tls->setLocalCertificate(step.text);
+        QFile key(QString::fromUtf8(step.bytes));
+        if (!key.open(QIODevice::ReadOnly)) {
+            m_Mismatches.append(Describe(step) + QStringLiteral(": cannot read the key"));
+            m_Stopped = true;
+            return false;
+        }
+        tls->setPrivateKey(QSslKey(&key, QSsl::Rsa));
+        m_Pausing = true;
+        connect(tls, &QSslSocket::encrypted, this, [this] {
+            m_Pausing = false;
+            ++m_Next;
+            Run();
+        }, Qt::SingleShotConnection);
+        tls->startServerEncryption();
+        return false;
+    }
     }
     return false;
 }
@@ -206,6 +247,7 @@ QString ScriptedFtpServer::Describe(const Step& step) const
     case Kind::Pause:
     case Kind::Close:
     case Kind::Reset:
+    case Kind::StartTls:
         break;
     }
     return number;

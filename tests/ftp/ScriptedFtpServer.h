@@ -47,6 +47,9 @@ public:
     // sends FIN unless unread data happens to be pending. Whatever the client has not yet read
     // may be dropped by the reset, so put a Pause between a Send and a Reset.
     ScriptedFtpServer& Reset();
+    // Answers the client's TLS handshake with this certificate and key, and runs the next step
+    // once the connection is secured; later lines go both ways encrypted.
+    ScriptedFtpServer& StartTls(const QString& certPath, const QString& keyPath);
 
     // Every line the client sent, in order, CR LF stripped; also those after the script ended.
     QStringList Received() const;
@@ -74,7 +77,7 @@ signals:
     void finished();
 
 private:
-    enum class Kind { Send, Pause, Expect, ExpectPrefix, Close, Reset };
+    enum class Kind { Send, Pause, Expect, ExpectPrefix, Close, Reset, StartTls };
     struct Step {
         Kind kind;
         QByteArray bytes;
@@ -91,7 +94,13 @@ private:
     void OnNewDataConnection();
     QString Describe(const Step& step) const;
 
-    QTcpServer m_Server;
+    // Accepts every connection as a TLS-capable socket that starts in plain text.
+    class Listener : public QTcpServer {
+    protected:
+        void incomingConnection(qintptr descriptor) override;
+    };
+
+    Listener m_Server;
     QTcpServer m_DataServer;
     QTcpSocket* m_Client = nullptr;
     QList<Step> m_Steps;

@@ -1,6 +1,10 @@
 #include "FtpTestSupport.h"
 #include "QtPrinters.h"
+#include "FtpServers.h"
 #include "ScriptedFtpServer.h"
+
+#include <QSslCertificate>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -105,6 +109,50 @@ TEST_F(ScriptedSessionTest, GreetingKindAndRefusals)
     LogonTo(lax.Port());
     ASSERT_TRUE(WaitForEnd());
     EXPECT_EQ(LastEnd(), QLatin1String("Error: Error: 230 Come in\n"));
+}
+
+TEST_F(ScriptedSessionTest, RefusedPrivateDataChannelContinuesOnlyOn534)
+{
+    QTemporaryDir dir;
+    const QString cert = dir.filePath(QStringLiteral("cert.pem"));
+    const QString key = dir.filePath(QStringLiteral("key.pem"));
+    QString error;
+    ASSERT_TRUE(MakeTestCertificate(cert, key, &error)) << error.toStdString();
+    session.FTPS = true;
+    session.TrustedCertificates = QSslCertificate::fromPath(cert);
+
+    const struct {
+        QByteArray reply;
+        const char* end;
+    } rows[] = {
+        {"534 Request denied for policy reasons.", "Successful: Connected to Corvane server."},
+        {"536 Requested PROT level not supported.", "Error: Error: 536 Requested PROT level not supported.\r"},
+    };
+    for (const auto& row : rows) {
+        ScriptedFtpServer peer;
+        ASSERT_TRUE(peer.Listen());
+        peer.Send("220 Ready\r\n")
+            .Expect(QStringLiteral("AUTH TLS"))
+            .Send("234 Proceed with negotiation.\r\n")
+            .StartTls(cert, key)
+            .Expect(QStringLiteral("PBSZ 0"))
+            .Send("200 PBSZ=0\r\n")
+            .Expect(QStringLiteral("PROT P"))
+            .Send(row.reply + "\r\n");
+        if (row.reply.startsWith("534")) {
+            peer.Expect(QStringLiteral("USER anonymous"))
+                .Send("331 Password please\r\n")
+                .Expect(QStringLiteral("PASS guest@example.org"))
+                .Send("230 Logged in\r\n");
+        }
+        LogonTo(peer.Port());
+        ASSERT_TRUE(WaitForEnd()) << row.reply.constData();
+        EXPECT_EQ(LastEnd(), QLatin1String(row.end));
+        EXPECT_TRUE(session.CommandSocket->SSLConnected());
+        QTest::qWait(50);
+        EXPECT_EQ(peer.Mismatches(), QStringList{});
+        EXPECT_FALSE(peer.Received().contains(QLatin1String("USER anonymous")) && row.reply.startsWith("536"));
+    }
 }
 
 TEST_F(ScriptedSessionTest, BareCodeIsFinalOnlyForTestA)
