@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 namespace {
 
 // Replies that real servers will not give on demand, played by a scripted peer.
@@ -200,6 +202,45 @@ TEST_F(ScriptedSessionTest, DirectCommandTakesAnyTwoHundredCode)
         // A failed command leaves the session logged on.
         EXPECT_NE(session.CommandSocket, nullptr);
     }
+}
+
+TEST_F(ScriptedSessionTest, OneCommandOperationsSendTheirCommandAndTakeTheirCode)
+{
+    const struct {
+        std::function<void(FTPSessionClass&)> start;
+        const char* command;
+        const char* reply;
+        const char* end; // empty: ends without a report
+    } rows[] = {
+        {[](FTPSessionClass& s) { s.ParentDir(); }, "CDUP", "250 OK.", "Successful: Directory Change Complete."},
+        {[](FTPSessionClass& s) { s.ChmodMask = QStringLiteral("644"); s.AddFileName(QStringLiteral("vexil0114.hex")); s.ChmodSingleFile(); },
+         "SITE CHMOD 644 vexil0114.hex", "200 SITE CHMOD command ok.", "Successful: Chmod Command Complete."},
+        {[](FTPSessionClass& s) { s.SITECommand(QStringLiteral("UMASK 022")); }, "SITE UMASK 022", "200 UMASK set to 022.",
+         "Successful: FTP SITE command complete"},
+        {[](FTPSessionClass& s) { s.SITECommand(QStringLiteral("IDLE 60")); }, "SITE IDLE 60", "250 Odd but final.",
+         "Error: Error: 250 Odd but final.\n"},
+        {[](FTPSessionClass& s) { s.AbortTransfer(); }, "ABOR", "226 Abort successful.", "Successful: Transfer Aborted"},
+        {[](FTPSessionClass& s) { s.AbortTransfer(); }, "ABOR", "226 Closing data connection.", ""},
+        {[](FTPSessionClass& s) { s.AbortTransfer(); }, "ABOR", "225 No transfer to ABOR.", "Error: Error: 225 No transfer to ABOR.\n"},
+    };
+    ScriptLogon();
+    for (const auto& row : rows)
+        server.Expect(QLatin1String(row.command)).Send(QByteArray(row.reply) + "\r\n");
+    LogOn();
+    for (const auto& row : rows) {
+        const qsizetype before = status->Ends().size();
+        row.start(session);
+        if (*row.end) {
+            ASSERT_TRUE(WaitForEnd()) << row.command;
+            EXPECT_EQ(LastEnd(), QLatin1String(row.end)) << row.command;
+        } else {
+            const QString line = QString::fromLatin1(row.reply);
+            ASSERT_TRUE(QTest::qWaitFor([&] { return status->Of(QStringLiteral("Response")).contains(line); }, 5000));
+            EXPECT_EQ(status->Ends().size(), before);
+            EXPECT_FALSE(session.ConnectionTimer->isActive());
+        }
+    }
+    ASSERT_TRUE(WaitForScript());
 }
 
 TEST_F(ScriptedSessionTest, PasswordNeverReachesAReport)
