@@ -1,23 +1,27 @@
 #!/usr/bin/env bash
-# Builds the HEX reader fuzz target (preset "fuzz": clang, libFuzzer, ASan,
-# UBSan) and runs it for the given number of seconds (default 600).
+# Builds the fuzz targets (preset "fuzz": clang, libFuzzer, ASan, UBSan) and
+# runs one of them for the given number of seconds (default 600): hex_reader
+# (the default), prefs_reader or ftp_reply.
 # It works on a copy of the seed corpus, so the inputs it finds never land in
-# fuzz/corpus/; a crash input is written to build/fuzz/hex_reader/artifacts/.
+# fuzz/corpus/; a crash input is written to build/fuzz/<target>/artifacts/.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds="${1:-600}"
+target="${2:-hex_reader}"
 ./scripts/setup-deps.sh
 cmake --preset fuzz >/dev/null
 cmake --build --preset fuzz
 
-work=build/fuzz/hex_reader
+work="build/fuzz/$target"
 rm -rf "$work/corpus"
 mkdir -p "$work/corpus" "$work/artifacts"
-cp fuzz/corpus/hex_reader/* "$work/corpus/"
+cp "fuzz/corpus/$target"/* "$work/corpus/"
+dict=()
+if [ -f "fuzz/$target.dict" ]; then dict=(-dict="fuzz/$target.dict"); fi
 
 status=0
-build/fuzz/fuzz/fuzz_hex_reader -max_total_time="$seconds" -print_final_stats=1 \
-  -dict=fuzz/hex_reader.dict -artifact_prefix="$work/artifacts/" \
+"build/fuzz/fuzz/fuzz_$target" -max_total_time="$seconds" -print_final_stats=1 \
+  "${dict[@]}" -artifact_prefix="$work/artifacts/" \
   "$work/corpus" >"$work/fuzz.log" 2>&1 || status=$?
 
 # The last progress line carries executions, coverage and exec/s; then the totals.

@@ -54,7 +54,12 @@ std::optional<quint16> FTPPassivePort(const QString& line)
         return std::nullopt;
     int bytes[6];
     for (int i = 0; i < 6; ++i) {
-        const QString field = fields[i].trimmed();
+        // Blanks and tabs around a number are tolerated, nothing else.
+        QStringView field(fields[i]);
+        while (!field.isEmpty() && (field.front() == QLatin1Char(' ') || field.front() == QLatin1Char('\t')))
+            field = field.mid(1);
+        while (!field.isEmpty() && (field.back() == QLatin1Char(' ') || field.back() == QLatin1Char('\t')))
+            field.chop(1);
         bool ok = false;
         const int value = field.toInt(&ok, 10);
         if (!ok || field.isEmpty() || !field.at(0).isDigit() || value < 0 || value > 255)

@@ -130,12 +130,19 @@ void FTPSessionClass::NextFTPStep(const QString& step, const QString& command, c
 
 void FTPSessionClass::CommandDataAvailable(FTPCommandSocket* socket)
 {
-    Buffer += socket->ReadAll();
-    while (socket->Session == this && Buffer.contains(FTPCommandCRLF)) {
+    ReceiveControlBytes(socket->ReadAll(), socket);
+}
+
+void FTPSessionClass::ReceiveControlBytes(const QByteArray& bytes, FTPCommandSocket* from)
+{
+    // A socket the session has dropped while the lines were handled stops here.
+    const auto current = [&] { return !from || from->Session == this; };
+    Buffer += bytes;
+    while (current() && Buffer.contains(FTPCommandCRLF)) {
         ParseCommandBuffer();
         DoEvents(-1);
     }
-    if (socket->Session == this && Buffer.size() > kMaxReplyLineBytes) {
+    if (current() && Buffer.size() > kMaxReplyLineBytes) {
         Buffer.clear();
         CancelFTPSession(QStringLiteral("Error: The server sent a reply line longer than %1 bytes. Ending session.")
                              .arg(kMaxReplyLineBytes));

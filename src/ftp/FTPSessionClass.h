@@ -165,6 +165,9 @@ public:
     // Events of the control connection, forwarded by the socket.
     void CommandDataAvailable(FTPCommandSocket* socket);
     void CommandSocketError(FTPCommandSocket* socket, int code);
+    // Appends received bytes to Buffer and handles every complete line, with a
+    // pass of the event loop after each.
+    void ReceiveControlBytes(const QByteArray& bytes, FTPCommandSocket* from = nullptr);
 
 private:
     struct StepCommand {

@@ -58,8 +58,10 @@ void FTPSessionClass::SetPassivePort(int port)
 // program holds it, so that the PORT command names a port that really waits.
 bool FTPSessionClass::OpenActiveDataPort()
 {
-    if (!DataSocket || !CommandSocket)
+    if (!DataSocket || !CommandSocket) {
+        EndFTPSession(QStringLiteral("Data Socket is no longer active."));
         return false;
+    }
     const int tries = DataPortEnd - DataPortStart + 1;
     for (int i = 0; i < tries; ++i) {
         if (DataSocket->Listen(CommandSocket->localAddress(), DataPort))

@@ -36,6 +36,10 @@ void FTPSessionClass::Logon()
 // handshake, a dropped connection and the inactivity timer all end it.
 bool FTPSessionClass::WaitForTLS()
 {
+    if (!CommandSocket) {
+        EndFTPSession(QStringLiteral("Command Socket is no longer active."));
+        return false;
+    }
     QPointer<FTPCommandSocket> socket = CommandSocket;
     const quint64 endsBefore = m_endCount;
     socket->SetSecure(true);
