@@ -60,10 +60,17 @@ std::optional<quint16> FTPPassivePort(const QString& line)
             field = field.mid(1);
         while (!field.isEmpty() && (field.back() == QLatin1Char(' ') || field.back() == QLatin1Char('\t')))
             field.chop(1);
-        bool ok = false;
-        const int value = field.toInt(&ok, 10);
-        if (!ok || field.isEmpty() || !field.at(0).isDigit() || value < 0 || value > 255)
+        // Digits only, counted by hand: the library's conversion stops at a NUL.
+        if (field.isEmpty())
             return std::nullopt;
+        int value = 0;
+        for (const QChar c : field) {
+            if (c < QLatin1Char('0') || c > QLatin1Char('9'))
+                return std::nullopt;
+            value = value * 10 + (c.unicode() - '0');
+            if (value > 255)
+                return std::nullopt;
+        }
         bytes[i] = value;
     }
     const int port = bytes[4] * 256 + bytes[5];

@@ -245,7 +245,7 @@ bool FTPSessionClass::SuccessfulMessage(const QString& text)
         "System information received.",
     };
     for (const char* success : successes) {
-        if (text == QLatin1String(success))
+        if (text.compare(QLatin1String(success), Qt::CaseInsensitive) == 0)
             return true;
     }
     return false;

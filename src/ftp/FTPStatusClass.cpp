@@ -25,14 +25,15 @@ void FTPStatusClass::Progress_FTP(qint64 bytes)
 void FTPStatusClass::Successful_FTP(const QString& text)
 {
     m_globals.UpdateTimeStamp();
+    const auto is = [&](const char* known) { return text.compare(QLatin1String(known), Qt::CaseInsensitive) == 0; };
     QString shown = text;
     bool verboseOnly = true;
-    if (text == QLatin1String("File Transfer Complete.")) {
+    if (is("File Transfer Complete.")) {
         shown = QStringLiteral("Copied \"") + m_globals.FTPFile + QStringLiteral("\" from Corvane");
         verboseOnly = false;
-    } else if (text == QLatin1String("Connected to Corvane server.")) {
+    } else if (is("Connected to Corvane server.")) {
         verboseOnly = false;
-    } else if (text == QLatin1String("Logoff Complete.")) {
+    } else if (is("Logoff Complete.")) {
         shown = QStringLiteral("Ready");
         verboseOnly = false;
     }
@@ -67,5 +68,5 @@ void FTPStatusClass::Status_FTP(const QString& text)
 {
     m_globals.UpdateTimeStamp();
     // Only the connecting message is for every user; the rest is trace detail.
-    m_globals.SetStatusText(text, text != FirmwareServer::ConnectingMessage());
+    m_globals.SetStatusText(text, text.compare(FirmwareServer::ConnectingMessage(), Qt::CaseInsensitive) != 0);
 }

@@ -35,7 +35,8 @@ TEST_F(FTPStatusClassTest, SuccessTextsShownToEveryUserOrOnlyInTrace)
         {"Logoff Complete.", "Ready", true},
         {"Directory Change Complete.", "Directory Change Complete.", false},
         {"Transfer Aborted", "Transfer Aborted", false},
-        {"logoff complete.", "logoff complete.", false}, // the rewrite is exact, case included
+        {"LOGOFF COMPLETE.", "Ready", true}, // texts are compared without regard to case
+        {"Logoff Complete", "Logoff Complete", false},
     };
     for (const auto& row : rows) {
         for (const bool verbose : {false, true}) {

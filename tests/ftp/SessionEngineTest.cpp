@@ -72,19 +72,19 @@ TEST_F(SessionEngineTest, NoPasswordReachesAReport)
     EXPECT_FALSE(LogLines().join(QLatin1Char('\n')).contains(QLatin1String("hunter2")));
 }
 
-TEST_F(SessionEngineTest, SuccessIsKnownOnlyByTheFourteenTexts)
+TEST_F(SessionEngineTest, SuccessIsKnownOnlyByTheFourteenTextsInAnyCase)
 {
     const char* successes[] = {
         "File has been deleted.", "The file list has been transferred.", "File Transfer Complete.",
         "File Rename Complete.", "The directory has been deleted.", "Directory Transfer Complete.",
         "Directory Change Complete.", "Empty Directory Removed.", "Directory Created.",
         "The working directory has been transferred.", "Connected to Corvane server.", "Logoff Complete.",
-        "Chmod Command Complete.", "System information received.",
+        "Chmod Command Complete.", "System information received.", "logoff complete.",
     };
     for (const char* text : successes)
         EXPECT_TRUE(FTPSessionClass::SuccessfulMessage(QString::fromLatin1(text))) << text;
     const char* failures[] = {"", "Transfer Aborted", "FTP Direct Command complete", "Logoff Complete",
-                              "logoff complete.", " Logoff Complete.", "Error: 102"};
+                              " Logoff Complete.", "Error: 102"};
     for (const char* text : failures)
         EXPECT_FALSE(FTPSessionClass::SuccessfulMessage(QString::fromLatin1(text))) << text;
 }
