@@ -251,15 +251,21 @@ bool FTPSessionClass::SuccessfulMessage(const QString& text)
     return false;
 }
 
+void FTPSessionClass::ReportEnd(const QString& text)
+{
+    if (!FTPStatusInstance)
+        return;
+    if (SuccessfulMessage(text))
+        FTPStatusInstance->Successful_FTP(text);
+    else
+        FTPStatusInstance->Error_FTP(text);
+}
+
 void FTPSessionClass::EndFTPSession(const QString& text)
 {
     ++m_endCount;
-    if (FTPStatusInstance && !text.isEmpty()) {
-        if (SuccessfulMessage(text))
-            FTPStatusInstance->Successful_FTP(text);
-        else
-            FTPStatusInstance->Error_FTP(text);
-    }
+    if (!text.isEmpty())
+        ReportEnd(text);
     StopTimer();
     if (!IgnoreCancel)
         DropSockets(true);
@@ -268,12 +274,7 @@ void FTPSessionClass::EndFTPSession(const QString& text)
 void FTPSessionClass::CancelFTPSession(const QString& text)
 {
     ++m_endCount;
-    if (FTPStatusInstance) {
-        if (SuccessfulMessage(text))
-            FTPStatusInstance->Successful_FTP(text);
-        else
-            FTPStatusInstance->Error_FTP(text);
-    }
+    ReportEnd(text);
     StopTimer();
     DropSockets(true);
 }
@@ -341,6 +342,12 @@ void FTPSessionClass::ReportSuccess(const QString& text)
 {
     if (FTPStatusInstance)
         FTPStatusInstance->Successful_FTP(text);
+}
+
+void FTPSessionClass::StartOperation(const QString& type, const QString& entryText)
+{
+    if (EnterOperation(type))
+        NextFTPStep(QStringLiteral("START"), QStringLiteral("NOOP"), entryText);
 }
 
 bool FTPSessionClass::EnterOperation(const QString& type)

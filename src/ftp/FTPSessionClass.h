@@ -178,7 +178,11 @@ private:
     enum class FinalTest { A, B };
 
     void Construct();
+    // The entry of an operation on a logged-on session: nothing when the
+    // connection is gone, else the type is set and the machine enters START.
     bool EnterOperation(const QString& type);
+    void StartOperation(const QString& type, const QString& entryText);
+    void ReportEnd(const QString& text);
     bool AtStep(const char* step) const;
     void Dispatch(const QString& line, int code);
     QString Decode(const QByteArray& bytes) const;

@@ -23,8 +23,7 @@ void FTPSessionClass::RunOneCommandSteps(const QString& line, int code, const On
 
 void FTPSessionClass::ChangeDir()
 {
-    if (EnterOperation(QStringLiteral("ChangeDir")))
-        NextFTPStep(QStringLiteral("START"), QStringLiteral("NOOP"), QStringLiteral("Send Change Directory Command"));
+    StartOperation(QStringLiteral("ChangeDir"), QStringLiteral("Send Change Directory Command"));
 }
 
 void FTPSessionClass::ExecuteChangeDirSteps(const QString& line, int code)
@@ -37,8 +36,7 @@ void FTPSessionClass::ExecuteChangeDirSteps(const QString& line, int code)
 
 void FTPSessionClass::ParentDir()
 {
-    if (EnterOperation(QStringLiteral("ParentDir")))
-        NextFTPStep(QStringLiteral("START"), QStringLiteral("NOOP"), QStringLiteral("Send Change Directory Command"));
+    StartOperation(QStringLiteral("ParentDir"), QStringLiteral("Send Change Directory Command"));
 }
 
 void FTPSessionClass::ExecuteParentDirSteps(const QString& line, int code)
@@ -50,8 +48,7 @@ void FTPSessionClass::ExecuteParentDirSteps(const QString& line, int code)
 
 void FTPSessionClass::GetWorkingDir()
 {
-    if (EnterOperation(QStringLiteral("GetWorkingDir")))
-        NextFTPStep(QStringLiteral("START"), QStringLiteral("NOOP"), QStringLiteral("Send Print Working Directory Command"));
+    StartOperation(QStringLiteral("GetWorkingDir"), QStringLiteral("Send Print Working Directory Command"));
 }
 
 void FTPSessionClass::ExecuteGetWorkingDirSteps(const QString& line, int code)
@@ -63,8 +60,7 @@ void FTPSessionClass::ExecuteGetWorkingDirSteps(const QString& line, int code)
 
 void FTPSessionClass::MakeDir()
 {
-    if (EnterOperation(QStringLiteral("MakeDir")))
-        NextFTPStep(QStringLiteral("START"), QStringLiteral("NOOP"), QStringLiteral("Send Make Directory Command"));
+    StartOperation(QStringLiteral("MakeDir"), QStringLiteral("Send Make Directory Command"));
 }
 
 void FTPSessionClass::ExecuteMakeDirSteps(const QString& line, int code)
@@ -77,8 +73,7 @@ void FTPSessionClass::ExecuteMakeDirSteps(const QString& line, int code)
 
 void FTPSessionClass::RemoveDir()
 {
-    if (EnterOperation(QStringLiteral("RemoveDir")))
-        NextFTPStep(QStringLiteral("START"), QStringLiteral("NOOP"), QStringLiteral("Send Remove Directory Command"));
+    StartOperation(QStringLiteral("RemoveDir"), QStringLiteral("Send Remove Directory Command"));
 }
 
 void FTPSessionClass::ExecuteRemoveDirSteps(const QString& line, int code)
@@ -91,8 +86,7 @@ void FTPSessionClass::ExecuteRemoveDirSteps(const QString& line, int code)
 
 void FTPSessionClass::ChmodSingleFile()
 {
-    if (EnterOperation(QStringLiteral("ChmodSingleFile")))
-        NextFTPStep(QStringLiteral("START"), QStringLiteral("NOOP"), QStringLiteral("Send Change Mode Command"));
+    StartOperation(QStringLiteral("ChmodSingleFile"), QStringLiteral("Send Change Mode Command"));
 }
 
 void FTPSessionClass::ExecuteChmodSingleFileSteps(const QString& line, int code)
@@ -109,8 +103,7 @@ void FTPSessionClass::ExecuteChmodSingleFileSteps(const QString& line, int code)
 void FTPSessionClass::SITECommand(const QString& text)
 {
     DirectCommandText = text;
-    if (EnterOperation(QStringLiteral("SITECommand")))
-        NextFTPStep(QStringLiteral("START"), QStringLiteral("NOOP"), QStringLiteral("Send FTP SITE command ") + text);
+    StartOperation(QStringLiteral("SITECommand"), QStringLiteral("Send FTP SITE command ") + text);
 }
 
 void FTPSessionClass::ExecuteSITESteps(const QString& line, int code)
@@ -123,8 +116,7 @@ void FTPSessionClass::ExecuteSITESteps(const QString& line, int code)
 void FTPSessionClass::DirectCommand(const QString& text)
 {
     DirectCommandText = text;
-    if (EnterOperation(QStringLiteral("DirectCommand")))
-        NextFTPStep(QStringLiteral("START"), QStringLiteral("NOOP"), QStringLiteral("Send FTP Direct Command ") + text);
+    StartOperation(QStringLiteral("DirectCommand"), QStringLiteral("Send FTP Direct Command ") + text);
 }
 
 void FTPSessionClass::ExecuteDirectCommandSteps(const QString& line, int code)
@@ -136,8 +128,7 @@ void FTPSessionClass::ExecuteDirectCommandSteps(const QString& line, int code)
 
 void FTPSessionClass::RenameSingleFile()
 {
-    if (EnterOperation(QStringLiteral("RenameSingleFile")))
-        NextFTPStep(QStringLiteral("START"), QStringLiteral("NOOP"), QStringLiteral("Send Rename Single File Command"));
+    StartOperation(QStringLiteral("RenameSingleFile"), QStringLiteral("Send Rename Single File Command"));
 }
 
 void FTPSessionClass::ExecuteRenameSingleFileSteps(const QString& line, int code)
@@ -164,8 +155,7 @@ void FTPSessionClass::ExecuteRenameSingleFileSteps(const QString& line, int code
 
 void FTPSessionClass::AbortTransfer()
 {
-    if (EnterOperation(QStringLiteral("AbortTransfer")))
-        NextFTPStep(QStringLiteral("START"), QStringLiteral("NOOP"), QStringLiteral("Aborting File Transfer"));
+    StartOperation(QStringLiteral("AbortTransfer"), QStringLiteral("Aborting File Transfer"));
 }
 
 void FTPSessionClass::ExecuteAbortTransferSteps(const QString& line, int code)

@@ -103,8 +103,7 @@ bool FTPSessionClass::RunDataFrontSteps(const QString& line, int code, const Ste
 
 void FTPSessionClass::DeleteSingleFile()
 {
-    if (EnterOperation(QStringLiteral("DeleteSingleFile")))
-        NextFTPStep(QStringLiteral("START"), QStringLiteral("NOOP"), QStringLiteral("Send Delete Single File Command"));
+    StartOperation(QStringLiteral("DeleteSingleFile"), QStringLiteral("Send Delete Single File Command"));
 }
 
 void FTPSessionClass::ExecuteDeleteSingleFileSteps(const QString& line, int code)
@@ -137,8 +136,7 @@ void FTPSessionClass::ExecuteDeleteSingleFileSteps(const QString& line, int code
 
 void FTPSessionClass::GetStatus()
 {
-    if (EnterOperation(QStringLiteral("GetStatus")))
-        NextFTPStep(QStringLiteral("START"), QStringLiteral("NOOP"), QStringLiteral("Send Get Status Command"));
+    StartOperation(QStringLiteral("GetStatus"), QStringLiteral("Send Get Status Command"));
 }
 
 void FTPSessionClass::ExecuteStatusSteps(const QString& line, int code)
@@ -148,8 +146,7 @@ void FTPSessionClass::ExecuteStatusSteps(const QString& line, int code)
 
 void FTPSessionClass::GetSystemInfo()
 {
-    if (EnterOperation(QStringLiteral("GetSystemInfo")))
-        NextFTPStep(QStringLiteral("START"), QStringLiteral("NOOP"), QStringLiteral("Send Get System Info Command"));
+    StartOperation(QStringLiteral("GetSystemInfo"), QStringLiteral("Send Get System Info Command"));
 }
 
 void FTPSessionClass::ExecuteSystemInfoSteps(const QString& line, int code)
