@@ -17,22 +17,23 @@ cd "$(dirname "$0")/.."
 root=$PWD
 filter="${1:-}"
 scratch="${MUTANTS_DIR:-${TMPDIR:-/tmp}/vexil-mutants}"
-build="$scratch/build"
+tree="$scratch/tree"
+build="$tree/build/default"
 list="$root/tests/mutants.tsv"
 
 ./scripts/setup-deps.sh
 
 # The tree as it stands, uncommitted changes included, without build output.
 # Modification times are kept, so a second run rebuilds only what changed.
-rm -rf "$scratch/src"
-mkdir -p "$scratch/src"
+mkdir -p "$tree"
+find "$tree" -mindepth 1 -maxdepth 1 ! -name build -exec rm -rf {} +
 git ls-files -z --cached --others --exclude-standard \
-  | tar --null -T - -cf - | tar -xf - -C "$scratch/src"
+  | tar --null -T - -cf - | tar -xf - -C "$tree"
 
 launcher=()
 if command -v ccache >/dev/null 2>&1; then launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache); fi
-cmake -S "$scratch/src" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVEXIL_WERROR=OFF \
-  -DVEXIL_BUILD_BENCH=OFF "${launcher[@]}" >/dev/null
+# The same flags as the default preset, so a compiler cache shared with it hits.
+(cd "$tree" && cmake --preset default -DVEXIL_BUILD_BENCH=OFF "${launcher[@]}" >/dev/null)
 cmake --build "$build" >/dev/null
 
 run_suite() {
@@ -54,7 +55,7 @@ while IFS=$'\t' read -r file text replacement what <&3; do
   case "$file" in \#*) continue ;; esac
   if [ -n "$filter" ] && ! grep -q -- "$filter" <<<"$file $what"; then continue; fi
   total=$((total + 1))
-  target="$scratch/src/$file"
+  target="$tree/$file"
   [ -f "$target" ] && cp -p "$target" "$scratch/original"
   if ! python3 - "$target" "$text" "$replacement" <<'EOF'
 import sys
