@@ -29,7 +29,7 @@ TEST_F(HexFileCheck, ReaderFaultsAreReportedOnceInTheUsersWords)
     struct Row { QByteArray content; const char* status; bool messageBox; };
     const Row rows[] = {
         {"x00000001FF\r\n", "Expected start character \":\" not found", false},
-        {":00000001FE\r\n", "Intel Hex checksum verification failed", false},
+        {":000000017F\r\n", "Intel Hex checksum verification failed", false}, // wrong in the top bit only
         {":00000006FA\r\n", "Intel Hex file contains an unrecognized record type", false},
         {":0100000G00FE\r\n", "Intel Hex checksum verification failed", true},
         {":10800000010203\r\n", "End File record was not found", false},
