@@ -1,34 +1,24 @@
 #pragma once
 
-#include "Globals.h"
 #include "ManualClock.h"
 #include "QtPrinters.h"
-#include "StatusLog.h"
 #include "ScriptedPlatformServices.h"
 #include "SimulatedVexil.h"
-#include "VexilHid.h"
+#include "StatusLog.h"
 #include "Window1Device.h"
 
-#include <QRegularExpression>
 #include <gtest/gtest.h>
 
-#include <memory>
-
-// The device layer on the simulated bootloader, with time under the test's control.
-class DeviceFixture : public ::testing::Test {
+// A window layer on the simulated bootloader, with time under the test's control.
+template <class Window>
+class SimulatedDeviceFixture : public ::testing::Test {
 protected:
     ManualClock clock;
     SimulatedVexil sim{clock};
     ScriptedPlatformServices platform;
     Globals globals;
     VexilHid hid{sim};
-    std::unique_ptr<Window1Device> window = std::make_unique<Window1Device>(globals, clock, platform, hid);
-
-    void TraceOn()
-    {
-        globals.m_TraceMode = true;
-        globals.m_Verbose = true;
-    }
+    std::unique_ptr<Window> window = std::make_unique<Window>(globals, clock, platform, hid);
 
     void OpenProgressWin()
     {
@@ -45,5 +35,14 @@ protected:
         return window->GetProgressWin().ActivityLog.Text().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     }
 
-    qint64 ElapsedMs() const { return clock.Elapsed() / 1000; }
+    // The command letters the device received since entry `from` of its log.
+    std::string Sent(std::size_t from = 0) const
+    {
+        std::string letters;
+        for (std::size_t i = from; i < sim.Log().size(); ++i)
+            letters += sim.Log()[i].cmd;
+        return letters;
+    }
 };
+
+using DeviceFixture = SimulatedDeviceFixture<Window1Device>;

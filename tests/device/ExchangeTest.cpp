@@ -1,169 +1,94 @@
 #include "DeviceFixture.h"
 
-#include <QCoreApplication>
-
 using Fault = SimulatedVexil::Fault;
 
 class Exchange : public DeviceFixture {
 protected:
-    void SetUp() override
-    {
-        window->OpenHid();
-        ASSERT_EQ(globals.m_FirmwareStatus, "Main");
-    }
+    void SetUp() override { window->OpenHid(); }
 
-    void Erase()
+    void UnlockAndErase()
     {
         ASSERT_TRUE(window->VexilWriteReadResponse('='));
         ASSERT_TRUE(window->VexilWriteReadResponse('E'));
     }
 
-    bool SendCompletion()
+    // A program packet with data bytes i * step, or the completion packet.
+    bool SendPacket(std::uint32_t addr, std::uint8_t step = 0)
     {
         window->WriteFrame.pkt = ProgramPacket{};
-        window->WriteFrame.pkt.addr = static_cast<std::int32_t>(Window1Device::LOAD_COMPLETE_ADDRESS);
+        window->WriteFrame.pkt.addr = static_cast<std::int32_t>(addr);
+        for (std::size_t i = 0; i < 16; ++i)
+            window->WriteFrame.pkt.data[i] = static_cast<std::uint8_t>(i * step);
         return window->VexilWriteReadResponse('!');
     }
 };
 
-TEST_F(Exchange, AnswerTimeOutsByCommand)
+TEST_F(Exchange, AnswerWithinTheCommandsTimeOutAndOnlyTheRightStatus)
 {
-    struct Row {
-        char cmd;
-        qint64 answerAfterUs;
-        bool succeeds;
-    };
+    // cmd '!' sends the completion packet; a failure takes the whole time-out, and less than one read slice more.
+    struct Row { const char* name; char cmd; qint64 latencyUs, eraseUs; Fault fault; char letter; bool succeeds; qint64 tookUs; };
     const Row rows[] = {
-        {'E', 5'000'000, true},   // an erase may take seconds
-        {'E', 7'900'000, true},
-        {'E', 8'100'000, false},
-        {'U', 900'000, true},
-        {'U', 1'100'000, false},  // one second is the limit for everything else
-        {'G', 1'100'000, false},
+        {"erase answered at 7.9 s", 'E', 0, 7'900'000, Fault::None, 0, true, 7'900'000},
+        {"erase answered at 8.1 s", 'E', 0, 8'100'000, Fault::None, 0, false, 8'000'000},
+        {"sync answered at 0.9 s", 'U', 900'000, 0, Fault::None, 0, true, 900'000},
+        {"sync answered at 1.1 s", 'U', 1'100'000, 0, Fault::None, 0, false, 1'000'000},
+        {"wrong status, not retried", 'U', 0, 0, Fault::WrongStatus, 'N', false, 1'000'000},
+        {"a status-0 report first", 'G', 4000, 0, Fault::EmptyReportFirst, 0, true, 4000},
+        {"completion answered with A", '!', 0, 0, Fault::WrongStatus, 'A', false, 1'000'000},
+        {"completion answered with B", '!', 2000, 0, Fault::None, 0, true, 2000},
     };
+    globals.m_TraceMode = globals.m_Verbose = true;
     for (const Row& row : rows) {
-        SCOPED_TRACE(testing::Message() << row.cmd << " after " << row.answerAfterUs << " us");
+        SCOPED_TRACE(row.name);
         window->OpenHid();
-        sim.SetLatencyMicroseconds(row.cmd == 'E' ? 0 : row.answerAfterUs);
-        sim.SetEraseMicroseconds(row.cmd == 'E' ? row.answerAfterUs : 0);
-        if (row.cmd == 'E') {
-            ASSERT_TRUE(window->VexilWriteReadResponse('='));
-        }
+        sim.SetLatencyMicroseconds(0);
+        sim.SetEraseMicroseconds(0);
+        UnlockAndErase();
+        window->StatusField.SetText({});
+        sim.SetLatencyMicroseconds(row.latencyUs);
+        sim.SetEraseMicroseconds(row.eraseUs);
+        sim.SetCommandFault(row.cmd, row.fault, 1, row.letter);
+        const int sent = sim.CountCommands(row.cmd);
         const qint64 start = clock.Elapsed();
-        EXPECT_EQ(window->VexilWriteReadResponse(row.cmd), row.succeeds);
+        EXPECT_EQ(row.cmd == '!' ? SendPacket(Window1Device::LOAD_COMPLETE_ADDRESS) : window->VexilWriteReadResponse(row.cmd),
+                  row.succeeds);
         const qint64 took = clock.Elapsed() - start;
-        if (row.succeeds) {
-            EXPECT_EQ(took, row.answerAfterUs) << "the read must return as soon as the answer is there";
-        } else {
-            const qint64 limit = row.cmd == 'E' ? 8'000'000 : 1'000'000;
-            EXPECT_GE(took, limit);
-            EXPECT_LT(took, limit + 100'000);
-        }
+        EXPECT_TRUE(row.succeeds ? took == row.tookUs : took >= row.tookUs && took < row.tookUs + 100'000) << took;
+        EXPECT_EQ(sim.CountCommands(row.cmd), sent + 1);
+        EXPECT_EQ(StatusLines().join('|'), row.succeeds ? "" : "VexilWriteReadResponse VexilHid Read Timed Out");
     }
     EXPECT_TRUE(sim.ProtocolErrors().isEmpty()) << sim.ProtocolErrors().join('\n').toStdString();
-}
 
-TEST_F(Exchange, CompletionPacketWaitsForB)
-{
-    Erase();
-    sim.SetCommandFault('!', Fault::WrongStatus, 1, 'A');
-    EXPECT_FALSE(SendCompletion());
-    EXPECT_GE(ElapsedMs(), 1000) << "an A must not end the completion exchange early";
-    EXPECT_EQ(window->ResponsePacket.status, 'A');
-
-    EXPECT_TRUE(SendCompletion());
-    EXPECT_EQ(window->ResponsePacket.status, 'B');
-    EXPECT_TRUE(sim.LoadCompleted());
-}
-
-TEST_F(Exchange, WrongStatusCostsTheWholeTimeOutAndIsNotRetried)
-{
-    TraceOn();
-    sim.SetCommandFault('U', Fault::WrongStatus, 1, 'N');
-    EXPECT_FALSE(window->VexilWriteReadResponse('U'));
-    EXPECT_GE(ElapsedMs(), 1000);
-    EXPECT_EQ(window->ResponsePacket.status, 'N');
-    EXPECT_EQ(sim.CountCommands('U'), 1);
-    EXPECT_EQ(StatusLines(), QStringList{"VexilWriteReadResponse VexilHid Read Timed Out"});
-}
-
-TEST_F(Exchange, StatusZeroReportDoesNotEndTheExchange)
-{
-    sim.SetLatencyMicroseconds(4000);
-    sim.SetCommandFault('G', Fault::EmptyReportFirst);
-    EXPECT_TRUE(window->VexilWriteReadResponse('G'));
-    EXPECT_EQ(window->ResponsePacket.status, 'A');
-    EXPECT_EQ(clock.Elapsed(), 4000);
-}
-
-TEST_F(Exchange, WriteFailureReturnsAtOnce)
-{
-    TraceOn();
-    OpenProgressWin();
-    sim.SetPresent(false);
-    EXPECT_FALSE(window->VexilWriteReadResponse('U'));
-    EXPECT_EQ(clock.Elapsed(), 0);
-    EXPECT_EQ(StatusLines(), QStringList{"VexilWriteReadResponse VexilHid Write failed"});
-    EXPECT_EQ(ActivityLines(), (QStringList{"write 'U'", "VexilWriteReadResponse VexilHid Write failed"}));
-}
-
-TEST_F(Exchange, FailureLinesAreTraceOnly)
-{
+    globals.m_TraceMode = globals.m_Verbose = false;
+    window->StatusField.SetText({});
     sim.SetCommandFault('U', Fault::Silent);
     EXPECT_FALSE(window->VexilWriteReadResponse('U'));
-    EXPECT_TRUE(StatusLines().isEmpty());
-    EXPECT_EQ(window->ResponsePacket.status, 0) << "nothing arrived, so the status stays 0";
+    EXPECT_EQ(StatusLines(), QStringList{}) << "failure lines are for trace mode";
+
+    globals.m_TraceMode = globals.m_Verbose = true;
+    sim.SetPresent(false);
+    const qint64 start = clock.Elapsed();
+    EXPECT_FALSE(window->VexilWriteReadResponse('U'));
+    EXPECT_EQ(clock.Elapsed(), start) << "a failed write returns at once";
+    EXPECT_EQ(StatusLines(), QStringList{"VexilWriteReadResponse VexilHid Write failed"});
 }
 
-TEST_F(Exchange, TraceLinesNeedTraceAndProgressWindow)
+TEST_F(Exchange, TraceShowsEachPacketOnlyInTraceModeWithTheProgressWindowOpen)
 {
-    struct Row {
-        bool trace;
-        bool progressWin;
-    };
-    for (const Row row : {Row{false, false}, Row{true, false}, Row{false, true}, Row{true, true}}) {
-        SCOPED_TRACE(testing::Message() << "trace " << row.trace << " window " << row.progressWin);
-        globals.m_TraceMode = globals.m_Verbose = row.trace;
-        if (row.progressWin)
-            OpenProgressWin();
-        EXPECT_TRUE(window->VexilWriteReadResponse('U'));
-        const QStringList expected = row.trace && row.progressWin
-            ? QStringList{"write 'U'", "read status 'A' 0 ms"}
-            : QStringList{};
-        EXPECT_EQ(ActivityLines(), expected);
-        EXPECT_FALSE(row.trace && !row.progressWin && window->HasProgressWin())
-            << "trace alone must not open the progress window";
-        if (window->HasProgressWin())
-            window->GetProgressWin().CloseIt_Action();
-        globals.m_ProgressWinOpen = false;
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
-}
-
-TEST_F(Exchange, DataPacketTraceShowsBlockAndBytes)
-{
-    Erase();
-    TraceOn();
-    OpenProgressWin();
+    const QStringList traced{"write '='", "read status 'A' 2 ms", "write 'E'", "read status 'A' 2 ms",
+                             "write '!' 0 1D008000 00112233445566778899AABBCCDDEEFF", "read status 'A' 2 ms",
+                             "write '!' 0 8FFFFFFF 00000000000000000000000000000000", "read status 'B' 2 ms"};
     sim.SetLatencyMicroseconds(2400);
-    window->WriteFrame.pkt = ProgramPacket{};
-    window->WriteFrame.pkt.addr = 0x1D008000;
-    window->WriteFrame.pkt.pkno = 0;
-    for (int i = 0; i < 16; ++i)
-        window->WriteFrame.pkt.data[i] = static_cast<std::uint8_t>(i * 17);
-    ASSERT_TRUE(window->VexilWriteReadResponse('!'));
-    EXPECT_TRUE(SendCompletion()) << sim.ProtocolErrors().join('\n').toStdString();
-    EXPECT_EQ(ActivityLines(), (QStringList{
-                                   "write '!' 0 1D008000 00112233445566778899AABBCCDDEEFF",
-                                   "read status 'A' 2 ms",
-                                   "write '!' 0 8FFFFFFF 00000000000000000000000000000000",
-                                   "read status 'B' 2 ms",
-                               }));
-}
-
-TEST(Hex2, PadsOnlySingleDigits)
-{
-    const std::pair<int, const char*> rows[] = {{0, "00"}, {9, "09"}, {15, "0F"}, {16, "10"}, {255, "FF"}, {4096, "1000"}};
-    for (const auto& [value, text] : rows)
-        EXPECT_EQ(Window1Device::Hex2(value), QString::fromLatin1(text)) << value;
+    // In this order the window opened for the second row stays open for the third.
+    for (const auto& [trace, progressWin] : {std::pair{true, false}, {false, true}, {true, true}}) {
+        SCOPED_TRACE(testing::Message() << "trace " << trace << " window " << progressWin);
+        globals.m_TraceMode = globals.m_Verbose = trace;
+        if (progressWin)
+            OpenProgressWin();
+        UnlockAndErase();
+        EXPECT_TRUE(SendPacket(Window1Device::FLASH_WINDOW_START, 17));
+        EXPECT_TRUE(SendPacket(Window1Device::LOAD_COMPLETE_ADDRESS));
+        EXPECT_EQ(window->HasProgressWin(), progressWin) << "trace alone opens no progress window";
+        EXPECT_EQ(ActivityLines(), trace && progressWin ? traced : QStringList{});
+    }
 }
