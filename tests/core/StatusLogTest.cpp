@@ -86,14 +86,6 @@ TEST_F(StatusLogTest, VerboseOnlyLinesNeedVerboseButEveryCallPumpsEvents)
     }
 }
 
-TEST_F(StatusLogTest, SameSecondSharesTheStampWithoutSequenceNumber)
-{
-    globals.SetStatusText(QStringLiteral("first"));
-    clock.Advance(Second * 9 / 10);
-    globals.SetStatusText(QStringLiteral("second"));
-    EXPECT_EQ(Lines(), QStringList({"09:05:07 first", "09:05:07 second", ""}));
-}
-
 TEST_F(StatusLogTest, ScrollKeepsTheLastEightLinesInView)
 {
     const struct {
