@@ -10,12 +10,7 @@ namespace {
 
 TEST(FTPReplyTest, ReplyCodeAndFinalLineTests)
 {
-    const struct {
-        const char* line;
-        int code;
-        bool a;
-        bool b;
-    } rows[] = {
+    const struct { const char* line; int code; bool a; bool b; } rows[] = {
         {"200 OK", 200, true, true},       {"200", 200, true, false}, // a bare code is final for test A only
         {"220-Welcome", 220, false, false}, {" 211 continued", 0, false, false},
         {"2000 odd", 2000, true, false},    {"20", 20, true, false},
@@ -32,11 +27,8 @@ TEST(FTPReplyTest, ReplyCodeAndFinalLineTests)
 
 TEST(FTPReplyTest, PassiveReplyPortAndAddress)
 {
-    const struct {
-        const char* line;
-        int port; // -1: refused
-        const char* address;
-    } rows[] = {
+    // port -1: refused
+    const struct { const char* line; int port; const char* address; } rows[] = {
         {"227 Entering Passive Mode (10,0,0,5,117,49).", 30001, "10.0.0.5.117.49"},
         {"227 =(127, 0, 0, 1, 255,\t255)", 65535, "127. 0. 0. 1. 255.\t255"},
         {"227 (127,0,0,1,0,0)", -1, "127.0.0.1.0.0"}, // port 0 is no port
@@ -81,25 +73,19 @@ TEST_F(FTPStatusClassTest, WhatEveryUserSeesAndWhatOnlyTheTraceShows)
     using Report = void (FTPStatusClass::*)(const QString&);
     const Report success = &FTPStatusClass::Successful_FTP, error = &FTPStatusClass::Error_FTP,
                  response = &FTPStatusClass::Response_FTP, step = &FTPStatusClass::Status_FTP;
-    const struct {
-        Report report;
-        const char* text;
-        const char* shown;
-        bool always;
-    } rows[] = {
-        {success, "File Transfer Complete.", "Copied \"vexil0114.hex\" from Corvane", true},
-        {success, "Connected to Corvane server.", "Connected to Corvane server.", true},
-        {success, "LOGOFF COMPLETE.", "Ready", true},
-        {success, "Logoff Complete", "Logoff Complete", false},
-        {success, "Directory Change Complete.", "Directory Change Complete.", false},
-        {error, "Error: The connection timed out. Ending session.", "Error: The connection timed out. Ending session.", false},
-        {step, "Connecting to ftp.corvane.com. Please be patient, this takes a few seconds.",
-         "Connecting to ftp.corvane.com. Please be patient, this takes a few seconds.", true},
-        {step, "Connecting to 127.0.0.1. Please be patient, this takes a few seconds.",
-         "Connecting to 127.0.0.1. Please be patient, this takes a few seconds.", false},
-        {response, "retr vexil0114.hex", "Copying files to \"/home/u/Vexil Firmware/\"", true},
-        {response, "226 Transfer complete.", "226 Transfer complete.", false},
-        {response, "", "", false},
+    // shown: the text itself when null
+    const struct { Report report; const char* text; bool always; const char* shown = nullptr; } rows[] = {
+        {success, "File Transfer Complete.", true, "Copied \"vexil0114.hex\" from Corvane"},
+        {success, "Connected to Corvane server.", true},
+        {success, "LOGOFF COMPLETE.", true, "Ready"},
+        {success, "Logoff Complete", false},
+        {success, "Directory Change Complete.", false},
+        {error, "Error: The connection timed out. Ending session.", false},
+        {step, "Connecting to ftp.corvane.com. Please be patient, this takes a few seconds.", true},
+        {step, "Connecting to 127.0.0.1. Please be patient, this takes a few seconds.", false},
+        {response, "retr vexil0114.hex", true, "Copying files to \"/home/u/Vexil Firmware/\""},
+        {response, "226 Transfer complete.", false},
+        {response, "", false},
     };
     globals.FTPFile = QStringLiteral("vexil0114.hex");
     globals.m_FolderPath = QStringLiteral("/home/u/Vexil Firmware/");
@@ -110,8 +96,8 @@ TEST_F(FTPStatusClassTest, WhatEveryUserSeesAndWhatOnlyTheTraceShows)
             globals.FTPDone = globals.FTPError = globals.mRETR = false;
             globals.mTIMESTAMP.clear();
             (sink.*row.report)(QString::fromLatin1(row.text));
-            const bool shown = *row.shown && (row.always || verbose);
-            EXPECT_EQ(LogLines(), shown ? QStringList{QString::fromUtf8(row.shown)} : QStringList{}) << row.text << verbose;
+            const QString shown = QString::fromUtf8(row.shown ? row.shown : row.text);
+            EXPECT_EQ(LogLines(), !shown.isEmpty() && (row.always || verbose) ? QStringList{shown} : QStringList{}) << row.text << verbose;
             EXPECT_EQ(globals.FTPDone, row.report == success || row.report == error) << row.text;
             EXPECT_EQ(globals.FTPError, row.report == error) << row.text;
             EXPECT_EQ(globals.mTIMESTAMP, QLatin1String("09:30:00 ")) << row.text;

@@ -30,26 +30,16 @@ protected:
                 (session.*operation)();
             };
         };
-        const struct {
-            std::function<void()> start;
-            const char* end; // its beginning
-        } operations[] = {
+        // end: its beginning
+        const struct { std::function<void()> start; const char* end; } operations[] = {
             {in("/no-such-folder", &FTPSessionClass::ChangeDir), "Error: Error: 550"},
             {in("/incoming", &FTPSessionClass::ChangeDir), "Successful: Directory Change Complete."},
             {[&] { session.GetWorkingDir(); }, "Successful: The working directory has been transferred."},
             {in("/incoming/made", &FTPSessionClass::MakeDir), "Successful: Directory Created."},
             {in("/incoming/made", &FTPSessionClass::RemoveDir), "Successful: Empty Directory Removed."},
-            {[&] {
-                 session.AddFileName(QStringLiteral("new.hex"));
-                 session.AddFileName(QStringLiteral("old.hex"));
-                 session.RenameSingleFile();
-             },
+            {[&] { session.AddFileName(QStringLiteral("new.hex")); session.AddFileName(QStringLiteral("old.hex")); session.RenameSingleFile(); },
              "Successful: File Rename Complete."},
-            {[&] {
-                 session.AddFileName(QStringLiteral("new.hex"));
-                 session.DeleteSingleFile();
-             },
-             "Successful: File has been deleted."},
+            {[&] { session.AddFileName(QStringLiteral("new.hex")); session.DeleteSingleFile(); }, "Successful: File has been deleted."},
             {[&] { session.GetSystemInfo(); }, "Successful: System information received."},
             {[&] { session.GetStatus(); }, "Successful: System information received."},
             {[&] { session.DirectCommand(QStringLiteral("MKD /")); }, "Error: Error: 5"},

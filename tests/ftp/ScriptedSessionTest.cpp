@@ -1,6 +1,8 @@
 #include "FtpServers.h"
 #include "FtpTestSupport.h"
 
+#include <QElapsedTimer>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -28,11 +30,7 @@ protected:
 TEST(ScriptedLogonTest, GreetingsAndHostileReplies)
 {
     const QByteArray overlong(FTPSessionClass::kMaxReplyLineBytes + 10, 'A');
-    const struct {
-        QList<QByteArray> replies;
-        QStringList ends;
-        bool nt;
-    } rows[] = {
+    const struct { QList<QByteArray> replies; QStringList ends; bool nt; } rows[] = {
         // Only the last line of a multi-line greeting moves the machine; a continuation line is not read for the server kind.
         {{"220-Welcome\r\n Served by Microsoft FTP Service\r\n220 Ready\r\n", "331 Password\r\n", "230 In\r\n"}, {kConnected}, false},
         {{"530 Microsoft FTP Service, not yet\r\n", "331 Password\r\n", "230 In\r\n"}, {kConnected}, true},
@@ -73,9 +71,12 @@ TEST_F(ScriptedSessionTest, ReplySplitAcrossTwoReadsIsHandledWhenItsLineEnds)
 TEST_F(ScriptedSessionTest, SilenceEndsTheOperationButKeepsTheConnection)
 {
     peer.replies = {"220 Ready\r\n"};
-    session.Timeout = 300;
+    session.Timeout = 500;
+    QElapsedTimer elapsed;
+    elapsed.start();
     LogonTo(peer.Port());
     EXPECT_EQ(Ends(1), QStringList{QStringLiteral("Error: Error: The connection timed out. Ending session.")});
+    EXPECT_TRUE(elapsed.elapsed() >= 450 && elapsed.elapsed() < 1500) << elapsed.elapsed() << " ms for a 500 ms period";
     ASSERT_NE(session.CommandSocket, nullptr);
     EXPECT_TRUE(session.CommandSocket->IsConnected());
     EXPECT_NE(session.DataSocket, nullptr);
@@ -107,30 +108,18 @@ TEST_F(ScriptedSessionTest, ServerClosesTheConnection)
 
 TEST_F(ScriptedSessionTest, OneCommandOperationsSendTheirCommandAndTakeTheirCode)
 {
-    const struct {
-        std::function<void(FTPSessionClass&)> start;
-        const char* command;
-        QByteArray reply;
-        const char* end; // empty: ends without a report
-    } rows[] = {
-        {[](FTPSessionClass& s) { s.ParentDir(); }, "CDUP", "250 OK.", "Successful: Directory Change Complete."},
-        {[](FTPSessionClass& s) {
-             s.ChmodMask = QStringLiteral("644");
-             s.AddFileName(QStringLiteral("vexil0114.hex"));
-             s.ChmodSingleFile();
-         },
-         "SITE CHMOD 644 vexil0114.hex", "200 SITE CHMOD command ok.", "Successful: Chmod Command Complete."},
-        {[](FTPSessionClass& s) { s.SITECommand(QStringLiteral("UMASK 022")); }, "SITE UMASK 022", "200 UMASK set.",
-         "Successful: FTP SITE command complete"},
-        {[](FTPSessionClass& s) { s.SITECommand(QStringLiteral("IDLE 60")); }, "SITE IDLE 60", "250 Odd.",
-         "Error: Error: 250 Odd.\n"},
-        {[](FTPSessionClass& s) { s.DirectCommand(QStringLiteral("SITE HELP")); }, "SITE HELP", "226 Closing.",
-         "Successful: FTP Direct Command complete"},
-        {[](FTPSessionClass& s) { s.DirectCommand(QStringLiteral("SITE HELP")); }, "SITE HELP", "331 Need password.",
-         "Error: Error: 331 Need password.\n"},
-        {[](FTPSessionClass& s) { s.AbortTransfer(); }, "ABOR", "226 Abort successful.", "Successful: Transfer Aborted"},
-        {[](FTPSessionClass& s) { s.AbortTransfer(); }, "ABOR", "226 Closing data connection.", ""},
-        {[](FTPSessionClass& s) { s.AbortTransfer(); }, "ABOR", "225 No transfer.", "Error: Error: 225 No transfer.\n"},
+    // end empty: ends without a report
+    const struct { std::function<void()> start; const char* command; QByteArray reply; const char* end; } rows[] = {
+        {[&] { session.ParentDir(); }, "CDUP", "250 OK.", "Successful: Directory Change Complete."},
+        {[&] { session.ChmodMask = QStringLiteral("644"); session.AddFileName(QStringLiteral("v.hex")); session.ChmodSingleFile(); },
+         "SITE CHMOD 644 v.hex", "200 SITE CHMOD command ok.", "Successful: Chmod Command Complete."},
+        {[&] { session.SITECommand(QStringLiteral("UMASK 022")); }, "SITE UMASK 022", "200 Set.", "Successful: FTP SITE command complete"},
+        {[&] { session.SITECommand(QStringLiteral("IDLE 60")); }, "SITE IDLE 60", "250 Odd.", "Error: Error: 250 Odd.\n"},
+        {[&] { session.DirectCommand(QStringLiteral("HELP")); }, "HELP", "226 Closing.", "Successful: FTP Direct Command complete"},
+        {[&] { session.DirectCommand(QStringLiteral("HELP")); }, "HELP", "331 Need password.", "Error: Error: 331 Need password.\n"},
+        {[&] { session.AbortTransfer(); }, "ABOR", "226 Abort successful.", "Successful: Transfer Aborted"},
+        {[&] { session.AbortTransfer(); }, "ABOR", "226 Closing data connection.", ""},
+        {[&] { session.AbortTransfer(); }, "ABOR", "225 No transfer.", "Error: Error: 225 No transfer.\n"},
     };
     peer.replies = Logon();
     QStringList commands{QStringLiteral("USER anonymous"), QStringLiteral("PASS guest@example.org")};
@@ -141,10 +130,10 @@ TEST_F(ScriptedSessionTest, OneCommandOperationsSendTheirCommandAndTakeTheirCode
     LogOn();
     for (const auto& row : rows) {
         if (*row.end) {
-            EXPECT_EQ(EndOf([&] { row.start(session); }), QLatin1String(row.end)) << row.command;
+            EXPECT_EQ(EndOf(row.start), QLatin1String(row.end)) << row.command;
         } else {
             const qsizetype before = status->ends.size();
-            row.start(session);
+            row.start();
             const QString line = QStringLiteral("Response: ") + QLatin1String(row.reply);
             ASSERT_TRUE(QTest::qWaitFor([&] { return status->reports.contains(line); }, 5000)) << row.command;
             EXPECT_EQ(status->ends.size(), before);

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace {
 
 class SessionEngineTest : public ::testing::Test, protected FtpSessionHarness {};
@@ -10,14 +12,10 @@ TEST_F(SessionEngineTest, DefaultsOfBothConstructors)
 {
     FTPSessionClass tagged(globals, clock, QStringLiteral("firmware"));
     for (const FTPSessionClass* s : {&session, &tagged}) {
-        EXPECT_EQ(s->Timeout, 20000);
-        EXPECT_EQ(s->CommandPort, 21);
-        EXPECT_EQ(s->DataPortStart, 30003);
-        EXPECT_EQ(s->DataPortEnd, 30100);
+        EXPECT_EQ(std::tuple(s->Timeout, s->CommandPort, s->DataPortStart, s->DataPortEnd, s->PassiveMode, s->ServerTextEncoding),
+                  std::tuple(20000, 21, 30003, 30100, true, QStringConverter::Latin1));
         EXPECT_TRUE(s->DataPort >= 30003 && s->DataPort < 30100) << s->DataPort;
-        EXPECT_TRUE(s->PassiveMode);
         EXPECT_EQ(s->FTPTransferType, QLatin1String("I"));
-        EXPECT_EQ(s->ServerTextEncoding, QStringConverter::Latin1);
         EXPECT_FALSE(s->ConnectionTimer->isActive());
     }
     EXPECT_EQ(tagged.ID, QLatin1String("firmware"));
@@ -46,10 +44,7 @@ TEST_F(SessionEngineTest, FileQueueAndDataPortRange)
 
 TEST_F(SessionEngineTest, WhatAStepSendsAndReports)
 {
-    const struct {
-        const char* command;
-        QStringList reports;
-    } rows[] = {
+    const struct { const char* command; QStringList reports; } rows[] = {
         // No password reaches a report.
         {"PASS secret", {QStringLiteral("Response: PASS"), QStringLiteral("Status: step text")}},
         {"SITE passwd hunter2", {QStringLiteral("Response: PASS"), QStringLiteral("Status: step text")}},
@@ -91,14 +86,8 @@ TEST_F(SessionEngineTest, AnEndIsASuccessOnlyByOneOfFourteenTexts)
 
 TEST_F(SessionEngineTest, StepMachineRules)
 {
-    const struct {
-        const char* type;
-        const char* step;
-        QByteArray buffer;
-        int code; // given alone instead of a line from the buffer
-        QStringList ends;
-        const char* stepAfter;
-    } rows[] = {
+    // code: given alone instead of a line from the buffer
+    const struct { const char* type; const char* step; QByteArray buffer; int code; QStringList ends; const char* stepAfter; } rows[] = {
         // An unexpected code ends with the line, the end-of-line string and what else is waiting.
         {"ChangeDir", "CWD", "550 No such directory.\r\n221 later\r\n", 0,
          {QStringLiteral("Error: Error: 550 No such directory.\n221 later\r\n")}, "CWD"},
