@@ -98,7 +98,6 @@ bool RealFtpServer::Launch(quint16 port, QString* error)
         QFile file(m_dir.filePath(QStringLiteral("vsftpd.conf")));
         if (config.isEmpty() || !file.open(QIODevice::WriteOnly) || file.write(config.toUtf8()) < 0)
             return Fail(error, QStringLiteral("cannot write ") + file.fileName());
-        file.close();
         m_process->setProgram(QStringLiteral("/usr/sbin/vsftpd"));
         m_process->setArguments({file.fileName()});
     } else {
@@ -130,8 +129,7 @@ bool RealFtpServer::Launch(quint16 port, QString* error)
         }
         m_process->waitForFinished(20);
     }
-    m_process->kill();
-    m_process->waitForFinished(3000);
+    m_process.reset(); // kills what still runs
     return Fail(error, QStringLiteral("no greeting on port %1:\n").arg(port) + QString::fromUtf8(ReadFile(output)));
 }
 

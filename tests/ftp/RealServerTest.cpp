@@ -21,25 +21,19 @@ protected:
         const qsizetype seenBefore = server.CommandsSeen().size();
         ASSERT_EQ(EndOf([&] { LogonTo(server.Port()); }), QLatin1String("Successful: Connected to Corvane server."));
         ASSERT_EQ(session.CommandSocket->SSLConnected(), tls);
-        QFile old(server.IncomingPath() + QStringLiteral("/old.hex"));
+        QFile old(server.IncomingPath() + QStringLiteral("/v1.hex"));
         ASSERT_TRUE(old.open(QIODevice::WriteOnly));
         old.close();
-        const auto in = [&](const char* path, void (FTPSessionClass::*operation)()) {
-            return [this, path, operation] {
-                session.ServerDirectory = QLatin1String(path);
-                (session.*operation)();
-            };
-        };
-        // end: its beginning
         const struct { std::function<void()> start; const char* end; } operations[] = {
-            {in("/no-such-folder", &FTPSessionClass::ChangeDir), "Error: Error: 550"},
-            {in("/incoming", &FTPSessionClass::ChangeDir), "Successful: Directory Change Complete."},
+            {[&] { session.ServerDirectory = QStringLiteral("/no-such-folder"); session.ChangeDir(); }, "Error: Error: 550"},
+            {[&] { session.ServerDirectory = QStringLiteral("/incoming"); session.ChangeDir(); }, "Successful: Directory Change Complete."},
             {[&] { session.GetWorkingDir(); }, "Successful: The working directory has been transferred."},
-            {in("/incoming/made", &FTPSessionClass::MakeDir), "Successful: Directory Created."},
-            {in("/incoming/made", &FTPSessionClass::RemoveDir), "Successful: Empty Directory Removed."},
-            {[&] { session.AddFileName(QStringLiteral("new.hex")); session.AddFileName(QStringLiteral("old.hex")); session.RenameSingleFile(); },
+            {[&] { session.ServerDirectory = QStringLiteral("/incoming/made"); session.MakeDir(); }, "Successful: Directory Created."},
+            {[&] { session.ServerDirectory = QStringLiteral("/incoming/made"); session.RemoveDir(); }, "Successful: Empty Directory Removed."},
+            {[&] { session.AddFileName(QStringLiteral("v2.hex")); session.AddFileName(QStringLiteral("v1.hex"));
+                   session.RenameSingleFile(); },
              "Successful: File Rename Complete."},
-            {[&] { session.AddFileName(QStringLiteral("new.hex")); session.DeleteSingleFile(); }, "Successful: File has been deleted."},
+            {[&] { session.AddFileName(QStringLiteral("v2.hex")); session.DeleteSingleFile(); }, "Successful: File has been deleted."},
             {[&] { session.GetSystemInfo(); }, "Successful: System information received."},
             {[&] { session.GetStatus(); }, "Successful: System information received."},
             {[&] { session.DirectCommand(QStringLiteral("MKD /")); }, "Error: Error: 5"},
@@ -51,7 +45,7 @@ protected:
         // The server's close after QUIT is not reported (pyftpdlib waits for the data connection to go).
         const qsizetype ends = status->ends.size();
         if (server.kind == RealFtpServer::Kind::Vsftpd) {
-            ASSERT_TRUE(QTest::qWaitFor([&] { return session.CommandSocket->LastErrorCode() != 0; }, 5000));
+            ASSERT_TRUE(QTest::qWaitFor([&] { return session.CommandSocket && session.CommandSocket->LastErrorCode() != 0; }, 5000));
             Settle();
             EXPECT_EQ(status->ends.size(), ends);
         }
@@ -59,8 +53,8 @@ protected:
         const QString data = passive ? QStringLiteral("PASV") : QStringLiteral("PORT 127,0,0,1,");
         QStringList expected{QStringLiteral("USER anonymous"), QStringLiteral("PASS "), QStringLiteral("CWD /no-such-folder"),
                              QStringLiteral("CWD /incoming"), QStringLiteral("PWD"), QStringLiteral("MKD /incoming/made"),
-                             QStringLiteral("RMD /incoming/made"), QStringLiteral("RNFR old.hex"), QStringLiteral("RNTO new.hex"),
-                             data, QStringLiteral("TYPE I"), QStringLiteral("DELE new.hex"), data, QStringLiteral("SYST"),
+                             QStringLiteral("RMD /incoming/made"), QStringLiteral("RNFR v1.hex"), QStringLiteral("RNTO v2.hex"),
+                             data, QStringLiteral("TYPE I"), QStringLiteral("DELE v2.hex"), data, QStringLiteral("SYST"),
                              data, QStringLiteral("STAT"), QStringLiteral("MKD /"), QStringLiteral("TYPE A"), QStringLiteral("QUIT")};
         if (tls)
             expected = QStringList{QStringLiteral("AUTH TLS"), QStringLiteral("PBSZ 0"), QStringLiteral("PROT P")} + expected;
@@ -78,8 +72,10 @@ TEST_F(RealServerTest, Vsftpd)
     ASSERT_TRUE(server.Start(&error)) << error.toStdString();
     // A certificate the client does not trust ends the log-on, once, before the user name is sent.
     session.FTPS = true;
-    EXPECT_TRUE(EndOf([&] { LogonTo(server.Port()); }).startsWith(QLatin1String("Error: Error: 1"))) << status->ends.last().toStdString();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return session.CommandSocket->state() == QAbstractSocket::UnconnectedState; }, 5000));
+    const QString end = EndOf([&] { LogonTo(server.Port()); });
+    EXPECT_TRUE(end.startsWith(QLatin1String("Error: Error: 1"))) << end.toStdString();
+    const QPointer<FTPCommandSocket> socket = session.CommandSocket;
+    ASSERT_TRUE(QTest::qWaitFor([&] { return socket && socket->state() == QAbstractSocket::UnconnectedState; }, 5000));
     Settle();
     EXPECT_EQ(status->ends.size(), 1);
     EXPECT_EQ(server.CommandsSeen(), QStringList{QStringLiteral("AUTH TLS")});
