@@ -36,10 +36,10 @@ bool RunAndWait(Globals& globals, const std::function<void()>& operation)
     return globals.FTPDone && !globals.FTPError;
 }
 
-template <typename Server>
+template <RealFtpServer::Kind kind>
 void BM_LogonChangeDirLogoff(benchmark::State& state)
 {
-    Server server;
+    RealFtpServer server(kind);
     QString error;
     if (!server.Start(&error)) {
         state.SkipWithError(error.toStdString().c_str());
@@ -62,8 +62,8 @@ void BM_LogonChangeDirLogoff(benchmark::State& state)
     }
 }
 
-BENCHMARK_TEMPLATE(BM_LogonChangeDirLogoff, VsftpdServer)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2.0);
-BENCHMARK_TEMPLATE(BM_LogonChangeDirLogoff, PyftpdlibServer)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2.0);
+BENCHMARK_TEMPLATE(BM_LogonChangeDirLogoff, RealFtpServer::Kind::Vsftpd)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2.0);
+BENCHMARK_TEMPLATE(BM_LogonChangeDirLogoff, RealFtpServer::Kind::Pyftpdlib)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2.0);
 
 } // namespace
 

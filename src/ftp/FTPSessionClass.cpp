@@ -4,6 +4,7 @@
 #include "DoEvents.h"
 #include "FTPReply.h"
 
+#include <QPointer>
 #include <QRandomGenerator>
 #include <QStringDecoder>
 #include <QStringEncoder>
@@ -135,8 +136,10 @@ void FTPSessionClass::CommandDataAvailable(FTPCommandSocket* socket)
 
 void FTPSessionClass::ReceiveControlBytes(const QByteArray& bytes, FTPCommandSocket* from)
 {
-    // A socket the session has dropped while the lines were handled stops here.
-    const auto current = [&] { return !from || from->Session == this; };
+    // A socket the session has dropped while the lines were handled stops here;
+    // the pass of the event loop may even have deleted it.
+    const QPointer<FTPCommandSocket> socket = from;
+    const auto current = [&] { return !from || (socket && socket->Session == this); };
     Buffer += bytes;
     while (current() && Buffer.contains(FTPCommandCRLF)) {
         ParseCommandBuffer();

@@ -4,68 +4,35 @@
 #include "FTPStatusClass.h"
 #include "Globals.h"
 #include "ManualClock.h"
+#include "QtPrinters.h"
 #include "ScriptedPlatformServices.h"
 #include "StatusLog.h"
 #include "Window1Base.h"
 
-#include <QStringList>
+#include <QCoreApplication>
 #include <QTest>
 
 #include <functional>
-#include <memory>
 
-// A status sink that keeps every report, in order, as "Kind: text", and then
-// does what the application's sink does.
+// A status sink that keeps every report as "Kind: text", and the ends (successes and errors)
+// apart, then does what the application's sink does.
 class RecordingStatus : public FTPStatusClass {
 public:
     using FTPStatusClass::FTPStatusClass;
-
     QStringList reports;
+    QStringList ends;
 
-    void Error_FTP(const QString& text) override
-    {
-        reports << QStringLiteral("Error: ") + text;
-        FTPStatusClass::Error_FTP(text);
-    }
-    void Successful_FTP(const QString& text) override
-    {
-        reports << QStringLiteral("Successful: ") + text;
-        FTPStatusClass::Successful_FTP(text);
-    }
-    void Response_FTP(const QString& text) override
-    {
-        reports << QStringLiteral("Response: ") + text;
-        FTPStatusClass::Response_FTP(text);
-    }
-    void Status_FTP(const QString& text) override
-    {
-        reports << QStringLiteral("Status: ") + text;
-        FTPStatusClass::Status_FTP(text);
-    }
+    void Error_FTP(const QString& text) override { End(QStringLiteral("Error: ") + text); FTPStatusClass::Error_FTP(text); }
+    void Successful_FTP(const QString& t) override { End(QStringLiteral("Successful: ") + t); FTPStatusClass::Successful_FTP(t); }
+    void Response_FTP(const QString& t) override { reports << QStringLiteral("Response: ") + t; FTPStatusClass::Response_FTP(t); }
+    void Status_FTP(const QString& text) override { reports << QStringLiteral("Status: ") + text; FTPStatusClass::Status_FTP(text); }
 
-    QStringList Of(const QString& kind) const
-    {
-        QStringList texts;
-        const QString prefix = kind + QStringLiteral(": ");
-        for (const QString& report : reports) {
-            if (report.startsWith(prefix))
-                texts << report.mid(prefix.size());
-        }
-        return texts;
-    }
-    QStringList Ends() const
-    {
-        QStringList ends;
-        for (const QString& report : reports) {
-            if (report.startsWith(QLatin1String("Error: ")) || report.startsWith(QLatin1String("Successful: ")))
-                ends << report;
-        }
-        return ends;
-    }
+private:
+    void End(const QString& report) { reports << report; ends << report; }
 };
 
-// The application's side of a session: shared state, a main window whose log
-// receives the status lines, and a session whose reports are recorded.
+// The application's side of a session: shared state, a main window whose log receives the
+// status lines, and a session whose reports are recorded.
 class FtpSessionHarness {
 public:
     ManualClock clock;
@@ -73,42 +40,40 @@ public:
     ScriptedPlatformServices platform;
     Window1Base window{globals, clock, platform};
     FTPSessionClass session{globals, clock};
-    RecordingStatus* status = nullptr;
+    RecordingStatus* status = new RecordingStatus(globals, &session);
 
     FtpSessionHarness()
     {
         globals.m_Verbose = true;
-        InstallRecorder();
+        session.FTPStatusInstance.reset(status);
     }
 
-    void InstallRecorder()
+    void LogonTo(quint16 port)
     {
-        auto recorder = std::make_unique<RecordingStatus>(globals, &session);
-        status = recorder.get();
-        session.FTPStatusInstance = std::move(recorder);
-    }
-
-    void LogonTo(quint16 port, const QString& user = QStringLiteral("anonymous"),
-                 const QString& password = QStringLiteral("guest@example.org"))
-    {
-        session.SetLoginInfo(QStringLiteral("127.0.0.1"), user, password);
+        session.SetLoginInfo(QStringLiteral("127.0.0.1"), QStringLiteral("anonymous"), QStringLiteral("guest@example.org"));
         session.CommandPort = port;
         session.Logon();
     }
-
-    // Waits, bounded, for the next end report (success or error), taking the
-    // ends one at a time so that two ends in one burst of events are both seen.
-    bool WaitForEnd(int timeoutMs = 10000)
+    // Starts an operation and returns the end it reports, waiting at most 10 s for it.
+    QString EndOf(const std::function<void()>& operation)
     {
-        const bool ended = QTest::qWaitFor([&] { return status->Ends().size() > endsTaken; }, timeoutMs);
-        if (ended)
-            ++endsTaken;
-        return ended;
+        const qsizetype before = status->ends.size();
+        operation();
+        (void)QTest::qWaitFor([&] { return status->ends.size() > before; }, 10000);
+        return status->ends.value(before, QStringLiteral("(no end)"));
     }
-    // The end most recently taken by WaitForEnd.
-    QString LastEnd() const { return endsTaken == 0 ? QString() : status->Ends().at(endsTaken - 1); }
+    // Waits at most 10 s until this many ends were reported, and returns them all.
+    QStringList Ends(qsizetype count)
+    {
+        (void)QTest::qWaitFor([&] { return status->ends.size() >= count; }, 10000);
+        return status->ends;
+    }
     QStringList LogLines() const { return StatusLinesOf(window.StatusField); }
-
-private:
-    qsizetype endsTaken = 0;
+    // Runs every event posted so far.
+    static void Settle()
+    {
+        auto ran = std::make_shared<bool>(false);
+        QMetaObject::invokeMethod(qApp, [ran] { *ran = true; }, Qt::QueuedConnection);
+        (void)QTest::qWaitFor([ran] { return *ran; }, 5000);
+    }
 };
