@@ -87,16 +87,16 @@ TEST_F(Startup, StoredSettingsAreAppliedAndAllEightWrittenBackInOrder)
     QTemporaryDir firmware;
     const QString folder = firmware.path() + QStringLiteral("/my firmware /");
     QDir().mkpath(folder);
-    WritePrefs("Mystery\nkept as is\nwinTOP\n-40\nFolderPath\n" + folder.toUtf8() + "\nTraceMode\nTRUE\nwinLEFT\n1700\n");
+    WritePrefs("Mystery\nkept as is\nwinTOP\n40\nFolderPath\n" + folder.toUtf8() + "\nTraceMode\nTRUE\nwinLEFT\n-100\n");
     QTimer::singleShot(0, window.get(), [this] {
         // While the checks run, the window waits off screen.
         EXPECT_EQ(window->Bounds().top(), Window1::OffScreenTop);
     });
     window->Event_Open();
-    EXPECT_EQ(window->Bounds(), QRect(1700, -40, 600, 570));
+    EXPECT_EQ(window->Bounds(), QRect(-100, 40, 600, 570));
     EXPECT_EQ(globals.m_FolderPath, folder);
     EXPECT_TRUE(globals.m_TraceMode && globals.m_Verbose && window->ViewTrace.Checked());
-    EXPECT_EQ(platform.calls.first(), "InitWin: 1900 Initializing...");
+    EXPECT_EQ(platform.calls.first(), "InitWin: 100 Initializing...");
 
     window->SetBounds(QRect(30, 60, 640, 610));
     globals.m_TabPanel = 0;

@@ -58,7 +58,7 @@ TEST(FlashImageCheck, RecordsTheLoadWouldSendMustRunUnbroken)
     const Row rows[] = {
         {"below the window is skipped",
          {HexFile::Linear(0x1D00), Record(0, 0x0000, Bytes(7)), Record(0, 0x8000, Bytes(16)), Record(0, 0x8010, Bytes(16))},
-         Problem::None, 3, 0x1D008010},
+         Problem::EndsEarly, 3, 0x1D008010},
         {"short record", {upper, Record(0, 0x8000, Bytes(16)), Record(0, 0x8010, Bytes(8))}, Problem::WrongLength, 2, 0x1D008010},
         {"long record", {upper, Record(0, 0x8000, Bytes(32))}, Problem::WrongLength, 1, 0x1D008000},
         {"empty data record", {upper, Record(0, 0x8000, {})}, Problem::WrongLength, 1, 0x1D008000},
@@ -96,7 +96,7 @@ TEST(FlashImageCheck, UnreadableBeforeTheWindowIsFullIsRefused)
     EXPECT_EQ(Check(image).problem, Problem::Unreadable) << "no end record: the load would fail in the middle";
     EXPECT_EQ(Check(image + ":0100000001FF\r\n").problem, Problem::Unreadable);
     const auto early = Check(image + HexFile::EndOfFile());
-    EXPECT_TRUE(early.Sound()) << "an image that ends early is the load's own business";
+    EXPECT_EQ(early.problem, Problem::EndsEarly) << "the device would be left erased";
     EXPECT_FALSE(early.windowFull);
     EXPECT_EQ(early.packets, 16);
     EXPECT_EQ(FlashImageCheck::Run(MCULoader(nullptr, nullptr), QStringLiteral("/nonexistent/vexil.hex"), Start, End).problem,
