@@ -199,8 +199,8 @@ void CheckImage(const std::uint8_t* data, std::size_t size, const Reference& ref
 
     switch (result.problem) {
     case FlashImageCheck::Problem::None: {
-        // Sound means the load has all it needs: a full window, or the end record after the last packet.
-        HEX_FUZZ_CHECK(result.windowFull || ref.endRecord);
+        // Sound means the load has all it needs: a full window.
+        HEX_FUZZ_CHECK(result.windowFull);
         if (!addressesKnown)
             break;
         int packets = 0;
@@ -219,6 +219,12 @@ void CheckImage(const std::uint8_t* data, std::size_t size, const Reference& ref
         HEX_FUZZ_CHECK(packets == result.packets);
         break;
     }
+    case FlashImageCheck::Problem::EndsEarly:
+        // The end record came before the window was full; where it ends is where the packets stop.
+        HEX_FUZZ_CHECK(ref.endRecord);
+        HEX_FUZZ_CHECK(!result.windowFull);
+        HEX_FUZZ_CHECK(result.expected == windowStart + 16u * static_cast<std::uint32_t>(result.packets));
+        break;
     case FlashImageCheck::Problem::Unreadable:
         // The reference must also have run out before reaching an end record, and not past a full window.
         HEX_FUZZ_CHECK(!ref.endRecord);

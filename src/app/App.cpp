@@ -1,6 +1,14 @@
 #include "App.h"
 
+#include "AppIcon.h"
+#include "PlatformServices.h"
 #include "Window1View.h"
+
+#include <QApplication>
+#include <QIcon>
+#include <QLockFile>
+#include <QSessionManager>
+#include <QStandardPaths>
 
 #include <QCoreApplication>
 #include <QDir>
@@ -25,11 +33,36 @@ QString App::HelpFolderFor(const QString& executableDir)
     return dir.absoluteFilePath(QStringLiteral("Resources/Help"));
 }
 
+void App::ConfigureApplication()
+{
+    QApplication::setWindowIcon(QIcon(AppIcon(48)));
+}
+
+std::unique_ptr<QLockFile> App::ClaimOnlyCopy(PlatformServices& platform)
+{
+    // Beside the preferences: the folder that is the user's, and the demo's own.
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+    QDir().mkpath(folder);
+    auto lock = std::make_unique<QLockFile>(QDir(folder).filePath(QStringLiteral("VexilUtilPrefs.lock")));
+    // Held for the whole run, however long: only a dead holder makes it stale.
+    lock->setStaleLockTime(0);
+    if (lock->tryLock(0))
+        return lock;
+    platform.MsgBox(QStringLiteral("The Vexil Utility is already running.\n\n"
+                                   "Only one copy at a time may use the Vexil and the preferences."));
+    return nullptr;
+}
+
 void App::Event_Open()
 {
     m_globals.appHelpFolder = HelpFolderFor(QCoreApplication::applicationDirPath());
     QGuiApplication::setQuitOnLastWindowClosed(true);
     m_view = std::make_unique<Window1View>(*m_window1);
+    // The desktop's logout asks first; during a load the answer is no, as for any close.
+    QObject::connect(qApp, &QGuiApplication::commitDataRequest, m_view.get(), [this](QSessionManager& manager) {
+        if (m_window1->Event_CancelClose() && manager.allowsInteraction())
+            manager.cancel();
+    });
     m_window1->Event_Open();
     m_view->show();
 }

@@ -5,6 +5,8 @@
 #include "VexilHid.h"
 #include "Window1.h"
 
+#include <QLockFile>
+
 #include <memory>
 
 class Clock;
@@ -31,6 +33,14 @@ public:
 
     // The help pages: "Resources/Help" beside the executable's folder.
     static QString HelpFolderFor(const QString& executableDir);
+
+    // What the program sets on the application before any window opens. No
+    // display name: the desktop would add it to every window's title.
+    static void ConfigureApplication();
+
+    // One copy at a time: a second would share the device and the preferences.
+    // The lock (held until destroyed), or null after telling the user.
+    static std::unique_ptr<QLockFile> ClaimOnlyCopy(PlatformServices& platform);
 
 private:
     Globals m_globals;

@@ -16,6 +16,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScrollBar>
+#include <QTextBlock>
 #include <QTextCursor>
 #include <QTimer>
 
@@ -73,11 +74,19 @@ public:
         });
         connect(&model, &TextArea::textChanged, this, &TextAreaBinding::ApplySelection);
         connect(&model, &TextArea::selectionChanged, this, &TextAreaBinding::ApplySelection);
-        // The plain-text view scrolls by lines, so the model's line number is the
-        // scroll bar's value; Qt clamps a target past the end to the last page.
-        // A hidden bar still holds the value and scrolls the view.
-        connect(&model, &TextArea::scrollChanged, this,
-                [this](int line) { m_widget->verticalScrollBar()->setValue(line); });
+        // The model counts line breaks, the view counts wrapped lines, and the
+        // model cannot know how many lines fit: every request it makes follows
+        // new text and asks that the newest lines show. So the view starts at
+        // the requested line's first wrapped line, unless the newest line would
+        // then lie below it: then it shows the last page. A hidden bar still
+        // holds the value and scrolls the view.
+        connect(&model, &TextArea::scrollChanged, this, [this](int line) {
+            QScrollBar* bar = m_widget->verticalScrollBar();
+            const QTextBlock block = m_widget->document()->findBlockByNumber(line);
+            bar->setValue(block.isValid() ? block.firstLineNumber() : bar->maximum());
+            if (!EndInView())
+                bar->setValue(bar->maximum());
+        });
         connect(&model, &TextArea::verticalScrollBarChanged, this, &TextAreaBinding::ApplyScrollBar);
         connect(&model, &TextArea::refreshRequested, this, [this] { m_widget->viewport()->repaint(); });
         connect(&model, &TextArea::focusRequested, this, [this] { m_widget->setFocus(); });
@@ -173,6 +182,13 @@ private:
             return;
         const QTextCursor cursor = m_widget->textCursor();
         m_model->SetSelection(cursor.selectionStart(), cursor.selectionEnd() - cursor.selectionStart());
+    }
+
+    bool EndInView() const
+    {
+        QTextCursor end(m_widget->document());
+        end.movePosition(QTextCursor::End);
+        return m_widget->viewport()->rect().contains(m_widget->cursorRect(end));
     }
 
     void ApplyScrollBar(bool shown)

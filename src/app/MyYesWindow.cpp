@@ -23,7 +23,8 @@ MyYesWindow::MyYesWindow(QWidget* parent) : QDialog(parent, Qt::Dialog | Qt::Cus
     LabelText2->setGeometry(80, 89, 410, 48);
     YesButton = new QPushButton(QStringLiteral("Yes"), this);
     YesButton->setGeometry(318, 157, 80, 20);
-    YesButton->setAutoDefault(false);
+    // Return answers whichever button has the focus; the focus starts on Cancel.
+    YesButton->setAutoDefault(true);
     CancelButton = new QPushButton(QStringLiteral("Cancel"), this);
     CancelButton->setGeometry(410, 157, 80, 20);
     CancelButton->setAutoDefault(true);

@@ -6,7 +6,7 @@ class QLabel;
 class QPushButton;
 
 // A two-line question. The focus starts on the cancelling button, so Return
-// and Escape both answer no: the safe answer is what the keyboard reaches first.
+// answers no until the user moves the focus to Yes; Escape always answers no.
 class MyYesWindow : public QDialog {
     Q_OBJECT
 public:

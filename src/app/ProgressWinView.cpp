@@ -3,13 +3,14 @@
 #include "ControlBinding.h"
 #include "ProgressWin.h"
 
+#include <QCloseEvent>
 #include <QGroupBox>
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
 
 ProgressWinView::ProgressWinView(ProgressWin& model, QWidget* parent)
-    : QWidget(parent, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint), m_model(model)
+    : QWidget(parent, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint), m_model(&model)
 {
     setWindowTitle(model.Title());
     setFixedSize(ProgressWin::DesignWidth, ProgressWin::DesignHeight);
@@ -37,13 +38,27 @@ ProgressWinView::ProgressWinView(ProgressWin& model, QWidget* parent)
     BindButton(close, model.CloseIt);
 
     connect(&model, &ProgressWin::shown, this, [this] {
-        move(m_model.Left, m_model.Top);
+        move(m_model->Left, m_model->Top);
         show();
     });
-    connect(&model, &ProgressWin::closed, this, &QWidget::hide);
+    // Closed, not hidden: a hidden window would keep the program from quitting
+    // when it is the last one.
+    connect(&model, &ProgressWin::closed, this, &QWidget::close);
     connect(&model, &ProgressWin::refreshRequested, this, [this] { update(); });
     if (model.Visible()) {
         move(model.Left, model.Top);
         show();
     }
+}
+
+void ProgressWinView::closeEvent(QCloseEvent* event)
+{
+    if (m_model && m_model->Visible()) {
+        if (!m_model->CloseIt.Enabled()) {
+            event->ignore();
+            return;
+        }
+        m_model->CloseIt_Action();
+    }
+    event->accept();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPointer>
 #include <QWidget>
 
 class ProgressWin;
@@ -11,6 +12,11 @@ class ProgressWinView : public QWidget {
 public:
     explicit ProgressWinView(ProgressWin& model, QWidget* parent = nullptr);
 
+protected:
+    // A close from outside (a quit request, the desktop) is the Close button:
+    // refused while it is disabled, that is while a load runs.
+    void closeEvent(QCloseEvent* event) override;
+
 private:
-    ProgressWin& m_model;
+    QPointer<ProgressWin> m_model;
 };

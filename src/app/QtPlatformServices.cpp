@@ -13,6 +13,8 @@
 #include <QCursor>
 #include <QFileDialog>
 #include <QMenu>
+#include <QMimeDatabase>
+#include <QProcess>
 #include <QStorageInfo>
 #include <QDesktopServices>
 #include <QLabel>
@@ -29,7 +31,7 @@ QtPlatformServices::~QtPlatformServices()
 
 void QtPlatformServices::MsgBox(const QString& text)
 {
-    QMessageBox box(QMessageBox::NoIcon, QApplication::applicationDisplayName(), text, QMessageBox::Ok);
+    QMessageBox box(QMessageBox::NoIcon, QStringLiteral("Vexil Utility"), text, QMessageBox::Ok);
     box.exec();
 }
 
@@ -85,6 +87,14 @@ void QtPlatformServices::CloseInitWin()
 
 bool QtPlatformServices::OpenDocument(const QString& path)
 {
+    // The desktop's opener starts, and succeeds, whether or not any program
+    // takes the file's type; so ask the desktop first whether one does.
+    QProcess query;
+    query.start(QStringLiteral("xdg-mime"),
+                {QStringLiteral("query"), QStringLiteral("default"), QMimeDatabase().mimeTypeForFile(path).name()});
+    if (query.waitForFinished(3000) && query.exitStatus() == QProcess::NormalExit
+        && query.readAllStandardOutput().trimmed().isEmpty())
+        return false;
     return QDesktopServices::openUrl(QUrl::fromLocalFile(path));
 }
 
@@ -97,6 +107,14 @@ QRect QtPlatformServices::AvailableScreen()
 {
     const QScreen* screen = QGuiApplication::primaryScreen();
     return screen ? screen->availableGeometry() : QRect(0, 0, 1024, 768);
+}
+
+QList<QRect> QtPlatformServices::ScreenGeometries()
+{
+    QList<QRect> areas;
+    for (const QScreen* screen : QGuiApplication::screens())
+        areas << screen->geometry();
+    return areas;
 }
 
 QString QtPlatformServices::ChooseFolder(const QString& title, const QString& actionCaption, const QString& initialFolder)

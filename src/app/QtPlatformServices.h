@@ -31,6 +31,7 @@ public:
     void Quit(int exitCode) override;
     OSVersionRecord OSVersion() override;
     QRect AvailableScreen() override;
+    QList<QRect> ScreenGeometries() override;
 
 private:
     QPointer<InitWin> m_initWin;

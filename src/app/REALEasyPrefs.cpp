@@ -33,28 +33,73 @@ void REALEasyPrefs::InitPrefFile(const QString& fileName)
     ReadFrom(bytes);
 }
 
+namespace {
+
+// Bytes that are not UTF-8 are carried as lone surrogates U+DC80..U+DCFF, one
+// per byte, so that a line reads as text and still writes back byte for byte.
+constexpr char16_t EscapeBase = 0xDC00;
+
+QString DecodeLine(QByteArrayView bytes)
+{
+    // Stateless: a broken sequence must not swallow what follows it. A leading
+    // U+FEFF is kept (QString::fromUtf8 would drop it).
+    QStringDecoder decoder(QStringDecoder::Utf8,
+                           QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
+    QString whole = decoder.decode(bytes);
+    if (whole.toUtf8() == bytes)
+        return whole;
+    QString line;
+    for (qsizetype i = 0; i < bytes.size();) {
+        const auto lead = static_cast<unsigned char>(bytes[i]);
+        const qsizetype length = lead < 0x80 ? 1 : lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+        if (length > 1 && i + length <= bytes.size()) {
+            const QByteArrayView sequence = bytes.sliced(i, length);
+            const QString decoded = decoder.decode(sequence);
+            if (decoded.toUtf8() == sequence) {
+                line += decoded;
+                i += length;
+                continue;
+            }
+        }
+        line += QChar(static_cast<char16_t>(length == 1 ? lead : EscapeBase + lead));
+        ++i;
+    }
+    return line;
+}
+
+QByteArray EncodeLine(const QString& line)
+{
+    QByteArray bytes;
+    qsizetype runStart = 0;
+    for (qsizetype i = 0; i < line.size(); ++i) {
+        const char16_t c = line[i].unicode();
+        const bool escaped = c >= EscapeBase + 0x80 && c <= EscapeBase + 0xFF
+                             && (i == 0 || !line[i - 1].isHighSurrogate());
+        if (!escaped)
+            continue;
+        bytes += QStringView(line).sliced(runStart, i - runStart).toUtf8();
+        bytes += static_cast<char>(c - EscapeBase);
+        runStart = i + 1;
+    }
+    bytes += QStringView(line).sliced(runStart).toUtf8();
+    return bytes;
+}
+
+} // namespace
+
 void REALEasyPrefs::ReadFrom(const QByteArray& bytes)
 {
     prefNames = QStringList{QString()};
     prefItems = QStringList{QString()};
 
-    // A line is taken whole, a leading U+FEFF included (QString::fromUtf8 would
-    // drop it, and the entry would not read back as it was written). Stateless:
-    // a broken sequence at a line's end must not swallow the next line's start.
-    QStringDecoder decoder(QStringDecoder::Utf8,
-                           QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
+    // A line is taken whole, up to its "\n": a "\r" before it belongs to the
+    // line, so that every value reads back exactly as it was written.
     qsizetype pos = 0;
-    auto nextLine = [&bytes, &pos, &decoder] {
-        qsizetype end = bytes.indexOf('\n', pos);
-        const qsizetype next = end < 0 ? bytes.size() : end + 1;
-        if (end < 0)
-            end = bytes.size();
-        // A file edited on another system may end its lines in "\r\n"; the
-        // "\r" is never meant as part of the key or value.
-        if (end > pos && bytes[end - 1] == '\r')
-            --end;
-        QString line = decoder.decode(QByteArrayView(bytes.constData() + pos, end - pos));
-        pos = next;
+    auto nextLine = [&bytes, &pos] {
+        const qsizetype end = bytes.indexOf('\n', pos);
+        const qsizetype stop = end < 0 ? bytes.size() : end;
+        QString line = DecodeLine(QByteArrayView(bytes.constData() + pos, stop - pos));
+        pos = end < 0 ? bytes.size() : end + 1;
         return line;
     };
     while (pos < bytes.size()) {
@@ -81,10 +126,12 @@ QString REALEasyPrefs::GetPrefString(const QString& name, const QString& default
 int REALEasyPrefs::GetPrefNumber(const QString& name, int defaultValue) const
 {
     // Only the sign and the whole digits matter: any fraction goes on truncation
-    // toward zero. Leading blanks are not part of a number, so " 7" gives 0,
-    // and no exponent is read ("1e3" gives 1).
+    // toward zero, and no exponent is read ("1e3" gives 1). Leading blanks are
+    // skipped, as a user editing the file would expect.
     const QString text = GetPrefString(name, QString::number(defaultValue));
     qsizetype i = 0;
+    while (i < text.size() && (text[i] == u' ' || text[i] == u'\t'))
+        ++i;
     const bool negative = i < text.size() && text[i] == u'-';
     if (i < text.size() && (text[i] == u'-' || text[i] == u'+'))
         ++i;
@@ -133,9 +180,9 @@ QByteArray REALEasyPrefs::Serialise() const
 {
     QByteArray bytes;
     for (qsizetype i = 1; i < prefNames.size(); ++i) {
-        bytes += prefNames[i].toUtf8();
+        bytes += EncodeLine(prefNames[i]);
         bytes += '\n';
-        bytes += prefItems[i].toUtf8();
+        bytes += EncodeLine(prefItems[i]);
         bytes += '\n';
     }
     return bytes;

@@ -11,7 +11,7 @@
 // so each test starts from a fresh state and never sees another test's keys.
 //
 // The file alternates a key line and a value line, each ended by "\n", in
-// UTF-8, without escaping. Keys compare without regard to case; the first
+// UTF-8, without escaping; bytes that are not UTF-8 are kept as they are. Keys compare without regard to case; the first
 // occurrence of a key wins. Keys nobody here knows are kept and written back
 // in place. No file operation reports an error to the user: a missing or
 // unreadable file simply leaves every key at its default.
@@ -37,8 +37,8 @@ public:
 
     // The value of the first entry named name (case ignored), else defaultValue.
     QString GetPrefString(const QString& name, const QString& defaultValue) const;
-    // The value's leading decimal number truncated toward zero and clamped to
-    // the int range; a value that does not begin with a number gives 0.
+    // The value's leading decimal number (after any blanks) truncated toward
+    // zero and clamped to the int range; a value without one gives 0.
     int GetPrefNumber(const QString& name, int defaultValue) const;
     // True only when the value is "true", case ignored.
     bool GetPrefBoolean(const QString& name, bool defaultValue) const;

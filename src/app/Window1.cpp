@@ -3,6 +3,8 @@
 #include "REALEasyPrefs.h"
 #include "Version.h"
 
+#include <algorithm>
+
 Window1::Window1(Globals& globals, Clock& clock, PlatformServices& platform, VexilHid& hid, REALEasyPrefs& prefs,
                  QObject* parent)
     : Window1Firmware(globals, clock, platform, hid, parent), m_prefs(prefs)
@@ -38,26 +40,33 @@ void Window1::Event_Open()
     SetTitle(QStringLiteral("Corvane Vexil Utility Revision " VEXIL_SHORT_VERSION));
 
     m_prefs.InitPrefFile(QStringLiteral("VexilUtilPrefs"));
-    m_globals.m_FolderPath = m_prefs.GetPrefString(QStringLiteral("FolderPath"), QString());
+    // Stored by hand or by an older version, the path may lack its final "/".
+    m_globals.m_FolderPath = StoredForm(m_prefs.GetPrefString(QStringLiteral("FolderPath"), QString()));
     m_globals.m_TabPanel = m_prefs.GetPrefNumber(QStringLiteral("Tab"), 0);
     m_globals.m_TraceMode = m_prefs.GetPrefBoolean(QStringLiteral("TraceMode"), false);
     m_globals.m_Verbose = m_globals.m_TraceMode;
     m_globals.m_FirmwareStatus = QStringLiteral("Unknown");
     ViewTrace.SetChecked(m_globals.m_TraceMode);
 
-    QRect bounds = m_bounds;
-    bounds.moveLeft(m_prefs.GetPrefNumber(QStringLiteral("winLEFT"), bounds.left()));
-    bounds.setWidth(m_prefs.GetPrefNumber(QStringLiteral("winWIDTH"), bounds.width()));
-    bounds.moveTop(m_prefs.GetPrefNumber(QStringLiteral("winTOP"), bounds.top()));
-    bounds.setHeight(m_prefs.GetPrefNumber(QStringLiteral("winHEIGHT"), bounds.height()));
-    SetBounds(bounds);
+    // Checked in 64 bits before any rectangle is made: a hand-edited file must
+    // not overflow, open a giant window or put the window where nobody sees it.
+    const qint64 left = m_prefs.GetPrefNumber(QStringLiteral("winLEFT"), m_bounds.left());
+    const qint64 width = m_prefs.GetPrefNumber(QStringLiteral("winWIDTH"), m_bounds.width());
+    const qint64 top = m_prefs.GetPrefNumber(QStringLiteral("winTOP"), m_bounds.top());
+    const qint64 height = m_prefs.GetPrefNumber(QStringLiteral("winHEIGHT"), m_bounds.height());
+    if (PlacementFits(left, top, width, height))
+        SetBounds(QRect(static_cast<int>(left), static_cast<int>(top), static_cast<int>(width), static_cast<int>(height)));
 
     // Out of sight until the checks are done; the user sees only the notice.
     const int savedTop = m_bounds.top();
     SetBounds(m_bounds.translated(0, OffScreenTop - m_bounds.top()));
     m_platform.ShowInitWin(m_bounds.left() + 200, QStringLiteral("Initializing..."));
 
-    const QString defaultFolder = MakeDefaultFolder();
+    // A folder that cannot be made now is still where the files belong; the
+    // local check reports the trouble.
+    QString defaultFolder = MakeDefaultFolder();
+    if (defaultFolder.isEmpty())
+        defaultFolder = DefaultFolderPath();
     if (m_globals.m_FolderPath.isEmpty())
         m_globals.m_FolderPath = defaultFolder;
     FolderPath.SetText(m_globals.m_FolderPath);
@@ -79,8 +88,49 @@ void Window1::Event_Open()
     SetBounds(m_bounds.translated(0, savedTop - m_bounds.top()));
 }
 
+bool Window1::PlacementFits(qint64 left, qint64 top, qint64 width, qint64 height)
+{
+    // The title bar is the window manager's; this is a fair guess at its height,
+    // and enough of it must show for the user to take hold of it.
+    constexpr qint64 TitleBarHeight = 24;
+    constexpr qint64 TitleBarGrip = 48;
+    const QList<QRect> screens = m_platform.ScreenGeometries();
+    QRect desktop;
+    for (const QRect& screen : screens)
+        desktop |= screen;
+    const qint64 lowestHeight = std::min(DesignHeight, MinimumHeight);
+    if (width < MinimumWidth || width > std::min<qint64>(MaximumSize, desktop.width()))
+        return false;
+    if (height < lowestHeight || height > std::min<qint64>(MaximumSize, desktop.height()))
+        return false;
+    for (const QRect& screen : screens) {
+        const qint64 across = std::min<qint64>(left + width, qint64(screen.x()) + screen.width())
+                              - std::max<qint64>(left, screen.x());
+        const qint64 down = std::min<qint64>(top, qint64(screen.y()) + screen.height())
+                            - std::max<qint64>(top - TitleBarHeight, screen.y());
+        if (across >= TitleBarGrip && down >= TitleBarHeight / 2)
+            return true;
+    }
+    return false;
+}
+
+bool Window1::Event_CancelClose()
+{
+    if (!m_loadRunning)
+        return false;
+    if (!m_closeWhenLoadEnds) {
+        m_closeWhenLoadEnds = true;
+        m_globals.SetStatusText(QStringLiteral("The Vexil Utility will close when the firmware load is over: "
+                                               "stopping the load now would leave the Vexil without firmware"),
+                                false);
+    }
+    return true;
+}
+
 void Window1::Event_Close()
 {
+    // A load armed but not yet begun must not start behind a closed window.
+    SendAllTimer.SetMode(Timer::ModeOff);
     // A window closed during start-up stands off screen: nothing of it is worth keeping.
     if (mStartup)
         return;

@@ -22,6 +22,7 @@ public:
     static constexpr int MinimumHeight = 590;
     // Where the window waits, out of sight, while start-up runs its checks.
     static constexpr int OffScreenTop = 10000;
+    static constexpr int MaximumSize = 32000;
 
     Window1(Globals& globals, Clock& clock, PlatformServices& platform, VexilHid& hid, REALEasyPrefs& prefs,
             QObject* parent = nullptr);
@@ -54,6 +55,10 @@ public:
     bool m_MyYesWindowResponse = false;
 
     void Event_Open();
+    // Asked first whenever the window is to close, by any way: true keeps it
+    // open. A load cannot be stopped once the flash is erased, so a close asked
+    // for during one is noted, logged and carried out when the load ends.
+    bool Event_CancelClose();
     void Event_Close();
     void SendVexilButton_Action();
     // The load driver: checks, progress window, the load, and its closing steps.
@@ -67,9 +72,18 @@ signals:
     void tabPanelChanged();
     // The view gives the keyboard focus to the status log.
     void focusStatusField();
+    // The close put off by Event_CancelClose is due: the view closes the window.
+    void closeRequested();
 
 private:
+    // The load driver's steps up to the question; true when the load succeeded.
+    bool SendAll();
+    // A stored geometry is usable when its size suits the window and its title bar lies on a screen.
+    bool PlacementFits(qint64 left, qint64 top, qint64 width, qint64 height);
+
     REALEasyPrefs& m_prefs;
+    bool m_loadRunning = false;
+    bool m_closeWhenLoadEnds = false;
     QString m_title = QStringLiteral("Corvane Vexil Utility");
     QRect m_bounds;
     int m_tabPanel = 0;

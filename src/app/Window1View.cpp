@@ -17,9 +17,18 @@ namespace {
 
 const QColor TitleColour(0x00, 0x46, 0xD7);
 
-QLabel* LabelFor(Label& model, QWidget* parent, bool title = false)
+// The designed point sizes of the window's text, whatever the desktop's default.
+void SetPointSize(QWidget* widget, int points)
+{
+    QFont font = widget->font();
+    font.setPointSize(points);
+    widget->setFont(font);
+}
+
+QLabel* LabelFor(Label& model, QWidget* parent, bool title = false, int points = 12)
 {
     auto* label = new QLabel(parent);
+    SetPointSize(label, points);
     BindLabel(label, model);
     if (title) {
         QPalette palette = label->palette();
@@ -89,6 +98,7 @@ Window1View::Window1View(Window1& controller, QWidget* parent)
 
     m_layout.Add(LabelFor(w.StaticText23, central, true), QRect(37, 296, 82, 20), L::None);
     m_statusField = new QPlainTextEdit(central);
+    SetPointSize(m_statusField, 12);
     m_statusField->setReadOnly(true);
     m_statusField->setTabChangesFocus(false);
     BindTextArea(m_statusField, w.StatusField,
@@ -99,10 +109,11 @@ Window1View::Window1View(Window1& controller, QWidget* parent)
     m_layout.Add(m_statusField, QRect(34, 323, 532, 200), L::All);
     connect(&w, &Window1::focusStatusField, m_statusField, [this] { m_statusField->setFocus(); });
 
-    m_layout.Add(LabelFor(w.DisplayStatus, central), QRect(8, 549, 549, 18), L::Bottom);
+    m_layout.Add(LabelFor(w.DisplayStatus, central, false, 11), QRect(8, 549, 549, 18), L::Bottom);
 
     connect(&w, &Window1Base::progressWinCreated, this, &Window1View::ShowProgressWin);
     connect(&w, &Window1::boundsChanged, this, &Window1View::ApplyBounds);
+    connect(&w, &Window1::closeRequested, this, &QWidget::close);
     ApplyBounds();
 }
 
@@ -143,6 +154,11 @@ bool Window1View::eventFilter(QObject* watched, QEvent* event)
 
 void Window1View::closeEvent(QCloseEvent* event)
 {
+    // A quit request and the desktop's logout come this way too: refusing here cancels them.
+    if (m_controller.Event_CancelClose()) {
+        event->ignore();
+        return;
+    }
     m_controller.Event_Close();
     event->accept();
 }

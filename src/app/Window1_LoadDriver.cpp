@@ -10,10 +10,37 @@ void Window1::SendVexilButton_Action()
 
 void Window1::SendAllTimer_Action()
 {
-    if (mDeviceBusy)
+    if (mDeviceBusy || m_loadRunning)
         return;
+    // Pressed while a revision check waits for the device: start once it is done.
+    if (mExchanging) {
+        SendAllTimer.SetMode(Timer::ModeSingle);
+        return;
+    }
+    // From the first exchange to the last the window stays open: see Event_CancelClose.
+    m_loadRunning = true;
+    const bool loaded = SendAll();
+    m_loadRunning = false;
+    if (m_closeWhenLoadEnds) {
+        m_closeWhenLoadEnds = false;
+        emit closeRequested();
+        return;
+    }
+
+    if (loaded) {
+        m_MyYesWindowResponse = m_platform.MyYesWindow(
+            QStringLiteral("Vexil firmware load has completed successfully\n"
+                           "Remove Vexil power and reconnect it to your transceiver"),
+            QStringLiteral("Do you want to quit the Vexil Utility?"), QStringLiteral("No"));
+        if (m_MyYesWindowResponse)
+            m_platform.Quit(0);
+    }
+}
+
+bool Window1::SendAll()
+{
     if (!CheckVexilRevisions())
-        return;
+        return false;
 
     // From here to the end the link belongs to this load: the other controls
     // stay usable, but none of them may start an exchange of its own.
@@ -60,13 +87,5 @@ void Window1::SendAllTimer_Action()
     m_globals.SetStatusText(QStringLiteral("Ready"), false);
     SendVexilButton.SetEnabled(true);
     DoEvents(-1);
-
-    if (loaded) {
-        m_MyYesWindowResponse = m_platform.MyYesWindow(
-            QStringLiteral("Vexil firmware load has completed successfully\n"
-                           "Remove Vexil power and reconnect it to your transceiver"),
-            QStringLiteral("Do you want to quit the Vexil Utility?"), QStringLiteral("No"));
-        if (m_MyYesWindowResponse)
-            m_platform.Quit(0);
-    }
+    return loaded;
 }

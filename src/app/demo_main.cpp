@@ -1,12 +1,10 @@
 #include "App.h"
-#include "AppIcon.h"
 #include "QtPlatformServices.h"
 #include "SampleFirmware.h"
 #include "SimulatedVexil.h"
 #include "SystemClock.h"
 
 #include <QApplication>
-#include <QIcon>
 #include <QCommandLineParser>
 #include <QDir>
 #include <QStandardPaths>
@@ -16,8 +14,7 @@
 int main(int argc, char* argv[])
 {
     QApplication application(argc, argv);
-    QApplication::setWindowIcon(QIcon(AppIcon(48)));
-    QApplication::setApplicationDisplayName(QStringLiteral("Vexil Utility (simulated device)"));
+    App::ConfigureApplication();
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Vexil Utility on a simulated device"));
@@ -64,6 +61,9 @@ int main(int argc, char* argv[])
             device.SetCommandFault(cmd, SimulatedVexil::Fault::Silent, -1);
 
     QtPlatformServices platform;
+    const auto onlyCopy = App::ClaimOnlyCopy(platform);
+    if (!onlyCopy)
+        return 0;
     App app(clock, device, platform);
     // After a load the device runs the revision of the file it was sent (one byte's worth).
     device.SetRevisionAfterLoad([&app]() -> std::uint8_t {

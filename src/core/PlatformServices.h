@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QRect>
 #include <QString>
 
@@ -37,7 +38,8 @@ public:
     virtual void ShowInitWin(int left, const QString& text) = 0;
     virtual void CloseInitWin() = 0;
 
-    // Hands a document to its default application without waiting for it.
+    // Hands a document to its default application without waiting for it;
+    // false when no program on the desktop takes the file.
     virtual bool OpenDocument(const QString& path) = 0;
 
     // A folder chooser; the chosen folder's absolute path, or empty when cancelled.
@@ -61,4 +63,7 @@ public:
     virtual OSVersionRecord OSVersion() = 0;
     // The main screen's area for windows, in screen coordinates.
     virtual QRect AvailableScreen() = 0;
+    // Every screen's whole area, in screen coordinates; the main screen's
+    // area for windows where only that is known.
+    virtual QList<QRect> ScreenGeometries() { return {AvailableScreen()}; }
 };

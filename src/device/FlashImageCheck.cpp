@@ -23,6 +23,9 @@ QString FlashImageCheck::Result::Describe() const
         return QStringLiteral("Firmware file refused: %1 leaves a gap after %2").arg(at, Hex(expected));
     case Problem::Overlap:
         return QStringLiteral("Firmware file refused: %1 overlaps or comes out of order before %2").arg(at, Hex(expected));
+    case Problem::EndsEarly:
+        return QStringLiteral("Firmware file refused: its image ends at %1, before the flash window ends at %2")
+            .arg(Hex(expected), Hex(windowEnd));
     }
     return {};
 }
@@ -45,6 +48,7 @@ FlashImageCheck::Result FlashImageCheck::RunOpen(MCULoader& quietReader, std::ui
                                                  std::uint32_t windowEnd)
 {
     Result result;
+    result.windowEnd = windowEnd;
     std::uint32_t counter = windowStart;
     int record = 0;
     // The load's loop: stop at a full window, at the end record, or at a read failure.
@@ -79,6 +83,10 @@ FlashImageCheck::Result FlashImageCheck::RunOpen(MCULoader& quietReader, std::ui
         ++result.packets;
     }
     result.windowFull = counter >= windowEnd;
+    if (result.problem == Problem::None && !result.windowFull) {
+        result.problem = Problem::EndsEarly;
+        result.expected = counter;
+    }
     quietReader.bs.Close();
     return result;
 }

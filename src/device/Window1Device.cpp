@@ -1,5 +1,6 @@
 #include "Window1Device.h"
 
+#include "DoEvents.h"
 #include "RevisionText.h"
 
 namespace {
@@ -98,6 +99,12 @@ bool Window1Device::VexilWriteReadResponse(char cmd)
             }
         }
         answer = ProgramPacket{};
+        // The window is served while the device works (a flash erase takes
+        // seconds), as between packets; mExchanging keeps the timers served
+        // here from starting an exchange of their own.
+        mExchanging = true;
+        DoEvents(-1);
+        mExchanging = false;
     }
 
     ReportLine(QStringLiteral("VexilWriteReadResponse VexilHid Read Timed Out"), true);
@@ -162,8 +169,8 @@ bool Window1Device::CheckVexilRevisions()
 
 void Window1Device::VexilRevisionsTimer_Action()
 {
-    // A check asked for while a load runs waits for the load to end.
-    if (mDeviceBusy) {
+    // A check asked for while a load or an exchange runs waits for it to end.
+    if (mDeviceBusy || mExchanging) {
         VexilRevisionsTimer.SetMode(Timer::ModeSingle);
         return;
     }

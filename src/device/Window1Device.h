@@ -37,6 +37,8 @@ public:
     // True while a load owns the link. WriteFrame and ResponsePacket serve every
     // command, so nothing else may talk to the device until the load is over.
     bool mDeviceBusy = false;
+    // True while an exchange waits for its answer and serves the event loop.
+    bool mExchanging = false;
 
     void OpenHid();
     // One command and the wait for the status letter that ends it. No retry.

@@ -183,5 +183,8 @@ void Window1Firmware::ShowReleaseNotes()
         m_platform.MsgBox(QStringLiteral("ERROR: File not found! (vexilfwnotes.rtf)"));
         return;
     }
-    m_platform.OpenDocument(path);
+    if (!m_platform.OpenDocument(path))
+        m_platform.MsgBox(QStringLiteral("The release notes cannot be shown: no program on this computer is set to "
+                                         "open RTF files.\n\nThey are in ")
+                          + path);
 }

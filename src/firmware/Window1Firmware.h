@@ -55,6 +55,9 @@ public:
     static QString MakeDefaultFolder();
     // Where the default folder is, whether or not it exists; empty without a data folder.
     static QString DefaultFolderPath();
+    // The stored form of a folder path: absolute and ending in "/", so that a
+    // file name appends directly; empty stays empty.
+    static QString StoredForm(const QString& path);
 
 signals:
     void focusTabPanel();

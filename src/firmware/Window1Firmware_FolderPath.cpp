@@ -5,15 +5,13 @@
 #include <QRegularExpression>
 #include <QStandardPaths>
 
-namespace {
-
-// The stored form: absolute, ending in "/", so a file name appends directly.
-QString StoredForm(const QString& absolutePath)
+QString Window1Firmware::StoredForm(const QString& path)
 {
+    if (path.isEmpty())
+        return {};
+    const QString absolutePath = QFileInfo(path).absoluteFilePath();
     return absolutePath.endsWith(QLatin1Char('/')) ? absolutePath : absolutePath + QLatin1Char('/');
 }
-
-} // namespace
 
 QString Window1Firmware::DefaultFolderPath()
 {
@@ -44,7 +42,7 @@ void Window1Firmware::BrowseButton_Action()
     const QString chosen = m_platform.ChooseFolder(QStringLiteral("Select Firmware Folder"), QStringLiteral("Select"),
                                                    m_globals.m_FolderPath);
     if (!chosen.isEmpty()) {
-        m_globals.m_FolderPath = StoredForm(QFileInfo(chosen).absoluteFilePath());
+        m_globals.m_FolderPath = StoredForm(chosen);
         ShowStoredPath();
     }
     Checklocalfiles();
@@ -74,7 +72,7 @@ void Window1Firmware::CheckFolderPath()
     // Only an absolute path names a folder by itself; anything else starts with a volume name.
     const QFileInfo item(typed);
     if (typed.startsWith(QLatin1Char('/')) && item.isDir()) {
-        m_globals.m_FolderPath = StoredForm(item.absoluteFilePath());
+        m_globals.m_FolderPath = StoredForm(typed);
         Checklocalfiles();
         return;
     }

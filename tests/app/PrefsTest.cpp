@@ -33,8 +33,7 @@ TEST_F(Prefs, LinesAlternateKeyAndValue)
         QStringList keys, values;
     } rows[] = {
         {"odd count, no final newline", "A\n1\nB", {"A", "B"}, {"1", ""}},
-        {"CRLF", "A\r\n1\r\nB\r\n\r\n", {"A", "B"}, {"1", ""}},
-        {"one CR stripped", "A\r\r\n1\n", {"A\r"}, {"1"}},
+        {"CR kept", "A\r\n1\r\n", {"A\r"}, {"1\r"}},
         {"empty lines are entries", "\n\nA\n\n", {"", "A"}, {"", ""}},
         {"blanks, UTF-8 and byte order mark kept", "\xEF\xBB\xBF K \n  x y  \n\xE2\x86\x92\n\n",
          {QStringLiteral("\uFEFF K "), "\u2192"}, {"  x y  ", ""}},
@@ -61,7 +60,7 @@ TEST_F(Prefs, NumbersAndBooleans)
         {"-5.9", 7, -5, true, false},        {nullptr, -12, -12, true, true},
         {"2147483648", 0, kMax, true, false}, {"-99999999999999999999", 0, kMin, true, false},
         {"TRUE", 0, 0, false, true},         {" true", 0, 0, true, false},
-        {"", 7, 0, true, false},
+        {"", 7, 0, true, false},             {" \t7", 5, 7, true, false},
     };
     QByteArray file;
     for (const auto& row : rows)

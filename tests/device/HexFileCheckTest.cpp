@@ -63,6 +63,11 @@ TEST_F(HexFileCheck, ImageCheckNamesTheFirstRecordTheLoadCouldNotSend)
         {{upper, Record(0, 0x8000, Bytes(16)), Record(0, 0x8008, Bytes(16))},
          "Firmware file refused: data record 2 at 0x1D008008 overlaps or comes out of order before 0x1D008010"},
         {{upper, Record(0, 0x8000, Bytes(16))}, "Firmware file refused: it could not be read to the end of its image"},
+        // A proper end record before the window is full: the load could never send its completion packet.
+        {{upper, Record(0, 0x8000, Bytes(16)), HexFile::EndOfFile()},
+         "Firmware file refused: its image ends at 0x1D008010, before the flash window ends at 0x1D008020"},
+        {{upper, Record(0, 0x0000, Bytes(16)), HexFile::EndOfFile()},
+         "Firmware file refused: its image ends at 0x1D008000, before the flash window ends at 0x1D008020"},
     };
     for (const auto& [lines, text] : rows) {
         const QString path = Write(HexFile::Lines(lines));

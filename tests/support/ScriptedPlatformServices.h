@@ -32,7 +32,7 @@ public:
     bool OpenDocument(const QString& path) override
     {
         calls << QStringLiteral("OpenDocument: ") + path;
-        return true;
+        return documentOpens;
     }
 
     QString ChooseFolder(const QString& title, const QString& actionCaption, const QString& initialFolder) override
@@ -65,4 +65,5 @@ public:
     QQueue<bool> yesAnswers;
     // The user presses "View Release Notes" in the new-firmware notice.
     bool viewNotesInMessageWindow = false;
+    bool documentOpens = true;        // false: no program on the desktop takes the file
 };
