@@ -45,7 +45,7 @@ struct CloseCounter : QObject {
 TEST_F(Shell, CloseDuringALoadWaitsForItsEndAndThenEveryWindowCloses)
 {
     HexFile::Write(QDir(home.path()), QStringLiteral("vexil0113.hex"), HexFile::Image(0x1D008000, 0x38000));
-    device.SetRevisionAfterLoad(113);
+    sim.SetRevisionAfterLoad(113);
     window.mStartup = false;
     window.Checklocalfiles();
     window.CheckVexilRevisions();
@@ -58,7 +58,7 @@ TEST_F(Shell, CloseDuringALoadWaitsForItsEndAndThenEveryWindowCloses)
     window.SendVexilButton.Push();
     ASSERT_TRUE(fired.wait(20000));
     EXPECT_TRUE(refused);
-    EXPECT_EQ(device.CountCommands('!'), 14336 + 1) << "every packet and the completion";
+    EXPECT_EQ(sim.CountCommands('!'), 14336 + 1) << "every packet and the completion";
     EXPECT_FALSE(view.isVisible()) << "closed once the load is over";
     EXPECT_TRUE(StatusLinesOf(window.StatusField).contains(QStringLiteral(
         "The Vexil Utility will close when the firmware load is over: stopping the load now would leave the Vexil "
@@ -67,7 +67,7 @@ TEST_F(Shell, CloseDuringALoadWaitsForItsEndAndThenEveryWindowCloses)
     // With trace on the progress window stays after a load; its Close must close
     // it, not hide it, or the program never quits.
     globals.m_TraceMode = true;
-    device.SetCommandFault('=', SimulatedVexil::Fault::Silent);
+    sim.SetCommandFault('=', SimulatedVexil::Fault::Silent);
     window.SendVexilButton.Push();
     ASSERT_TRUE(fired.wait(20000));
     CloseCounter counter;
@@ -123,7 +123,7 @@ TEST_F(Shell, WindowStaysServedAndShowsItsNewestLineAtItsDesignedSizes)
     EXPECT_TRUE(log->viewport()->rect().contains(log->cursorRect(newest)));
 
     // A timer due when the erase starts runs while the device erases, not after.
-    device.SetEraseMicroseconds(3'000'000);
+    sim.SetEraseMicroseconds(3'000'000);
     ASSERT_TRUE(window.CheckVexilRevisions() && window.VexilUnlock());
     qint64 servedAt = -1;
     QTimer::singleShot(0, [&] { servedAt = clock.Elapsed(); });
