@@ -1,11 +1,6 @@
-#include "FTPStatusClass.h"
+#include "FtpTestSupport.h"
 #include "FirmwareServer.h"
-#include "Globals.h"
-#include "ManualClock.h"
 #include "QtPrinters.h"
-#include "ScriptedPlatformServices.h"
-#include "StatusLog.h"
-#include "Window1Base.h"
 
 #include <gtest/gtest.h>
 
@@ -13,13 +8,12 @@ namespace {
 
 class FTPStatusClassTest : public ::testing::Test {
 protected:
-    ManualClock clock{QDateTime(QDate(2026, 5, 6), QTime(10, 0, 0))};
+    LogSink log;
     Globals globals;
-    ScriptedPlatformServices platform;
-    Window1Base window{globals, clock, platform};
     FTPStatusClass status{globals};
 
-    QStringList Lines() const { return StatusLinesOf(window.StatusField); }
+    void SetUp() override { globals.AttachSink(&log); }
+    QStringList Lines() const { return log.lines; }
 };
 
 TEST_F(FTPStatusClassTest, SuccessTextsShownToEveryUserOrOnlyInTrace)
@@ -40,7 +34,7 @@ TEST_F(FTPStatusClassTest, SuccessTextsShownToEveryUserOrOnlyInTrace)
     };
     for (const auto& row : rows) {
         for (const bool verbose : {false, true}) {
-            window.StatusField.SetText(QString());
+            log.lines.clear();
             globals.m_Verbose = verbose;
             globals.FTPDone = false;
             globals.FTPError = false;
@@ -95,11 +89,10 @@ TEST_F(FTPStatusClassTest, OnlyTheConnectingMessageIsShownWithoutTrace)
 
 TEST_F(FTPStatusClassTest, ReportsStampTheActivityTime)
 {
-    globals.mTIMESTAMP.clear();
     status.Progress_FTP(4096);
-    EXPECT_TRUE(globals.mTIMESTAMP.isEmpty()); // no meter, no stamp
+    EXPECT_EQ(log.activity, 0); // no meter, no stamp
     status.Response_FTP(QString());
-    EXPECT_EQ(globals.mTIMESTAMP, QStringLiteral("10:00:00 "));
+    EXPECT_EQ(log.activity, 1);
 }
 
 TEST_F(FTPStatusClassTest, FormatBytesBoundaries)

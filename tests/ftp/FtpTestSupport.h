@@ -4,15 +4,26 @@
 #include "FTPStatusClass.h"
 #include "Globals.h"
 #include "ManualClock.h"
-#include "ScriptedPlatformServices.h"
-#include "StatusLog.h"
-#include "Window1Base.h"
+#include "StatusSink.h"
 
 #include <QStringList>
 #include <QTest>
 
 #include <functional>
 #include <memory>
+
+// Globals' lines as the main window's log shows them, without a window; every
+// post, shown or not, counts as activity.
+struct LogSink : StatusSink {
+    QStringList lines;
+    int activity = 0;
+    void StatusPosted(const QString& text, bool shown) override
+    {
+        ++activity;
+        if (shown)
+            lines << text;
+    }
+};
 
 // A status sink that keeps every report, in order, as "Kind: text", and then
 // does what the application's sink does.
@@ -64,19 +75,19 @@ public:
     }
 };
 
-// The application's side of a session: shared state, a main window whose log
-// receives the status lines, and a session whose reports are recorded.
+// The application's side of a session: shared state, a log that receives the
+// status lines, and a session whose reports are recorded.
 class FtpSessionHarness {
 public:
     ManualClock clock;
+    LogSink log;
     Globals globals;
-    ScriptedPlatformServices platform;
-    Window1Base window{globals, clock, platform};
     FTPSessionClass session{globals, clock};
     RecordingStatus* status = nullptr;
 
     FtpSessionHarness()
     {
+        globals.AttachSink(&log);
         globals.m_Verbose = true;
         InstallRecorder();
     }
@@ -107,7 +118,7 @@ public:
     }
     // The end most recently taken by WaitForEnd.
     QString LastEnd() const { return endsTaken == 0 ? QString() : status->Ends().at(endsTaken - 1); }
-    QStringList LogLines() const { return StatusLinesOf(window.StatusField); }
+    QStringList LogLines() const { return log.lines; }
 
 private:
     qsizetype endsTaken = 0;
