@@ -6,11 +6,26 @@
 #include "ManualClock.h"
 #include "StatusSink.h"
 
+#include <QDeadlineTimer>
 #include <QStringList>
 #include <QTest>
+#include <QTimer>
 
 #include <functional>
 #include <memory>
+
+// Runs the event loop until done() or the bound, sleeping only until the next
+// event (QTest::qWaitFor naps 10 ms between passes, which would pace an upload
+// that sends one block per completion event).
+inline bool PumpUntil(const std::function<bool()>& done, int timeoutMs)
+{
+    QDeadlineTimer deadline(timeoutMs);
+    QTimer wake;
+    wake.start(20);
+    while (!done() && !deadline.hasExpired())
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+    return done();
+}
 
 // Globals' lines as the main window's log shows them, without a window; every
 // post, shown or not, counts as activity.
@@ -32,6 +47,8 @@ public:
     using FTPStatusClass::FTPStatusClass;
 
     QStringList reports;
+    // Runs at every progress report, as a transfer meter would.
+    std::function<void(qint64)> onProgress;
 
     void Error_FTP(const QString& text) override
     {
@@ -47,6 +64,11 @@ public:
     {
         reports << QStringLiteral("Response: ") + text;
         FTPStatusClass::Response_FTP(text);
+    }
+    void Progress_FTP(qint64 bytes) override
+    {
+        if (onProgress)
+            onProgress(bytes);
     }
     void Status_FTP(const QString& text) override
     {
@@ -111,7 +133,7 @@ public:
     // ends one at a time so that two ends in one burst of events are both seen.
     bool WaitForEnd(int timeoutMs = 10000)
     {
-        const bool ended = QTest::qWaitFor([&] { return status->Ends().size() > endsTaken; }, timeoutMs);
+        const bool ended = PumpUntil([&] { return status->Ends().size() > endsTaken; }, timeoutMs);
         if (ended)
             ++endsTaken;
         return ended;
