@@ -3,7 +3,8 @@
 // ParseDirectoryList. Besides memory errors (no read past the fields) it
 // checks that a record's name comes from its own line, that a record without
 // a name is not understood, that Squeeze leaves no doubled blank and is stable,
-// and that the walk takes only plain names.
+// that the walk takes only plain names, and that CR LF, LF and CR line ends
+// give the same walk.
 //
 // Built with VEXIL_FTP_DIRLIST_REPLAY_MAIN it also gets a main() that replays a
 // corpus folder, so the seeds run with every compiler as an ordinary test.
@@ -74,13 +75,20 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     session.FTPStatusInstance.reset();
     FTPDataSocket socket(&session);
     session.CurrentWorkingDirectory = QStringLiteral("/top");
-    session.DirList = {std::make_shared<FTPDirectoryClass>(QStringLiteral("/top"), QString())};
-    socket.ParseDirectoryList(text);
-    for (const QString& file : session.DirList.front()->Files)
-        DIRLIST_CHECK(FTPIsPlainName(file));
-    for (const QString& path : session.DirList.front()->SubDirectories)
-        DIRLIST_CHECK(path.startsWith(QLatin1String("/top/")) && FTPIsPlainName(path.mid(5)));
-    DIRLIST_CHECK(session.DirList.size() == session.DirList.front()->SubDirectories.size() + 1);
+    QStringList walks[3];
+    const QString ends[3] = {QStringLiteral("\r\n"), QStringLiteral("\n"), QStringLiteral("\r")};
+    for (int i = 0; i < 3; ++i) {
+        session.DirList = {std::make_shared<FTPDirectoryClass>(QStringLiteral("/top"), QString())};
+        socket.ParseDirectoryList(i == 0 ? text : QString(lines).replace(QLatin1Char('\n'), ends[i]));
+        const FTPDirectoryClass& top = *session.DirList.front();
+        for (const QString& file : top.Files)
+            DIRLIST_CHECK(FTPIsPlainName(file));
+        for (const QString& path : top.SubDirectories)
+            DIRLIST_CHECK(path.startsWith(QLatin1String("/top/")) && FTPIsPlainName(path.mid(5)));
+        DIRLIST_CHECK(session.DirList.size() == top.SubDirectories.size() + 1);
+        walks[i] = top.Files + QStringList{QStringLiteral("|")} + top.SubDirectories;
+    }
+    DIRLIST_CHECK(walks[0] == walks[1] && walks[1] == walks[2]);
     return 0;
 }
 

@@ -11,6 +11,10 @@
 #include <cstdio>
 #include <utility>
 
+namespace {
+constexpr qint64 kReadBufferBytes = 512 * 1024;
+} // namespace
+
 FTPDataSocket::FTPDataSocket(FTPSessionClass* session)
     : Session(session)
 {
@@ -235,6 +239,8 @@ void FTPDataSocket::Attach(QTcpSocket* socket)
     // A file goes out one small block per completion: waiting to coalesce
     // them would cost a delayed acknowledgement per block.
     socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    // Bounds what waits in memory: the server is held back instead.
+    socket->setReadBufferSize(kReadBufferBytes);
     connect(socket, &QAbstractSocket::connected, this, &FTPDataSocket::Event_Connected, Qt::QueuedConnection);
     connect(socket, &QIODevice::readyRead, this, &FTPDataSocket::Event_DataAvailable, Qt::QueuedConnection);
     connect(socket, &QIODevice::bytesWritten, this, [this, socket] {
@@ -324,8 +330,9 @@ void FTPDataSocket::Event_DataAvailable()
         return;
     switch (CurrentRole()) {
     case Role::ReceiveFile:
-        // Only this block is held: it goes to the file at once.
-        FileData = m_socket->readAll();
+        // Only this block is held, in the same buffer each time: it goes to the file at once.
+        FileData.resize(m_socket->bytesAvailable());
+        FileData.resize(qMax<qint64>(0, m_socket->read(FileData.data(), FileData.size())));
         if (bs && bs->isOpen()) {
             if (bs->write(FileData) != FileData.size()) {
                 m_writeFailed = true;

@@ -47,35 +47,37 @@ public:
     using FTPStatusClass::FTPStatusClass;
 
     QStringList reports;
-    // Runs at every progress report, as a transfer meter would.
-    std::function<void(qint64)> onProgress;
+    // Runs first in every report, with its kind ("Progress", "Error", ...).
+    std::function<void(const QString&)> onReport;
 
     void Error_FTP(const QString& text) override
     {
-        reports << QStringLiteral("Error: ") + text;
+        Note("Error", text);
         FTPStatusClass::Error_FTP(text);
     }
     void Successful_FTP(const QString& text) override
     {
-        reports << QStringLiteral("Successful: ") + text;
+        Note("Successful", text);
         FTPStatusClass::Successful_FTP(text);
     }
     void Response_FTP(const QString& text) override
     {
-        reports << QStringLiteral("Response: ") + text;
+        Note("Response", text);
         FTPStatusClass::Response_FTP(text);
     }
-    void Progress_FTP(qint64 bytes) override
-    {
-        if (onProgress)
-            onProgress(bytes);
-    }
+    void Progress_FTP(qint64) override { onReport ? onReport(QStringLiteral("Progress")) : void(); }
     void Status_FTP(const QString& text) override
     {
-        reports << QStringLiteral("Status: ") + text;
+        Note("Status", text);
         FTPStatusClass::Status_FTP(text);
     }
 
+    void Note(const char* kind, const QString& text)
+    {
+        if (onReport)
+            onReport(QLatin1String(kind));
+        reports << QLatin1String(kind) + QStringLiteral(": ") + text;
+    }
     QStringList Of(const QString& kind) const
     {
         QStringList texts;
