@@ -1,22 +1,20 @@
 #include "Globals.h"
 
 #include "DoEvents.h"
-#include "Window1Base.h"
 
 void Globals::SetStatusText(const QString& text, bool verboseOnly)
 {
-    if (m_window)
-        m_window->UpdateTimeStamp();
-    if (m_window && !(verboseOnly && !m_Verbose)) {
+    const bool shown = !(verboseOnly && !m_Verbose);
+    if (shown)
         m_StatusMsg = text;
-        m_window->SetStatus();
-    }
+    if (m_sink)
+        m_sink->StatusPosted(text, shown);
     // Last, so that a nested call from a timer cannot mix with this message.
     DoEvents(-1);
 }
 
 void Globals::UpdateTimeStamp()
 {
-    if (m_window)
-        m_window->UpdateTimeStamp();
+    if (m_sink)
+        m_sink->StatusPosted(QString(), false);
 }

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QString>
+#include "StatusSink.h"
 
-class Window1Base;
+#include <QString>
 
 // Shared state of the application and its one status function.
 // One instance is owned by the application; tests make fresh ones.
@@ -27,12 +27,12 @@ public:
     // m_Verbose is set) and then gives the event loop one pass, shown line or not.
     void SetStatusText(const QString& text, bool verboseOnly = false);
 
-    // Stamps the main window's activity time, when there is a main window.
+    // Marks activity (the main window's time stamp), when there is a sink.
     void UpdateTimeStamp();
 
-    // The main window whose StatusField receives the lines.
-    void AttachWindow(Window1Base* window) { m_window = window; }
+    // Where the lines go (the main window's log); nullptr drops them.
+    void AttachSink(StatusSink* sink) { m_sink = sink; }
 
 private:
-    Window1Base* m_window = nullptr;
+    StatusSink* m_sink = nullptr;
 };

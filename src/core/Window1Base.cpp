@@ -5,7 +5,7 @@
 Window1Base::Window1Base(Globals& globals, Clock& clock, PlatformServices& platform, QObject* parent)
     : QObject(parent), m_globals(globals), m_clock(clock), m_platform(platform)
 {
-    m_globals.AttachWindow(this);
+    m_globals.AttachSink(this);
     connect(&StatusField, &TextArea::textChanged, this, &Window1Base::StatusField_TextChange);
     // The control opens with its window.
     StatusField_Open();
@@ -13,13 +13,21 @@ Window1Base::Window1Base(Globals& globals, Clock& clock, PlatformServices& platf
 
 Window1Base::~Window1Base()
 {
-    m_globals.AttachWindow(nullptr);
+    m_globals.AttachSink(nullptr);
 }
 
 void Window1Base::UpdateTimeStamp()
 {
     const QString sql = m_clock.LocalDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
     m_globals.mTIMESTAMP = sql.right(8) + QLatin1Char(' ');
+}
+
+void Window1Base::StatusPosted(const QString& text, bool shown)
+{
+    Q_UNUSED(text);
+    UpdateTimeStamp();
+    if (shown)
+        SetStatus();
 }
 
 void Window1Base::SetStatus()

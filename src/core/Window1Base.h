@@ -7,6 +7,7 @@
 #include "ProgressWin.h"
 #include "PushButton.h"
 #include "RevisionedFilename.h"
+#include "StatusSink.h"
 #include "TextArea.h"
 #include "Timer.h"
 
@@ -16,7 +17,7 @@
 // start-up flag, the status log and the progress window's accessor. The layers
 // above add their operations by deriving from it, so that each operation stays
 // in the library of its subsystem while remaining a method of the main window.
-class Window1Base : public QObject {
+class Window1Base : public QObject, public StatusSink {
     Q_OBJECT
 public:
     Window1Base(Globals& globals, Clock& clock, PlatformServices& platform, QObject* parent = nullptr);
@@ -35,6 +36,8 @@ public:
     // Appends Globals.m_StatusMsg to StatusField with the time stamp.
     void SetStatus();
     void UpdateTimeStamp();
+    // Globals' lines: every one stamps the activity time, a shown one lands in the log.
+    void StatusPosted(const QString& text, bool shown) override;
 
     // The status log's events. It takes no typing, but the user may select,
     // copy, cut, paste and delete through shortcuts and its pop-up menu.

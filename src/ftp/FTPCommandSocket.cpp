@@ -10,8 +10,10 @@ FTPCommandSocket::FTPCommandSocket(FTPSessionClass* session)
     : Session(session)
 {
     connect(this, &QIODevice::readyRead, this, &FTPCommandSocket::Event_DataAvailable, Qt::QueuedConnection);
+    connect(this, &QAbstractSocket::connected, this, [this] { m_probe.Watch(socketDescriptor()); });
+    connect(this, &QAbstractSocket::disconnected, this, [this] { m_probe.Release(); });
     connect(this, &QAbstractSocket::errorOccurred, this, [this](QAbstractSocket::SocketError error) {
-        m_lastErrorCode = FTPSocketErrorCode(error);
+        m_lastErrorCode = m_probe.Classify(error);
         const int code = m_lastErrorCode;
         QMetaObject::invokeMethod(this, [this, code] { Event_Error(code); }, Qt::QueuedConnection);
     });

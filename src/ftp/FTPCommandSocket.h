@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QByteArray>
+#include "FTPSocketError.h"
+
 #include <QSslSocket>
 
 class FTPSessionClass;
@@ -40,6 +42,7 @@ private:
     void Event_DataAvailable();
     void Event_Error(int code);
 
+    FTPResetProbe m_probe;
     int m_connectionType = 0;
     int m_lastErrorCode = 0;
 };

@@ -1,10 +1,19 @@
 #include "FTPDataSocket.h"
 
+#include "FTPDirList.h"
 #include "FTPSessionClass.h"
-#include "FTPSocketError.h"
 #include "FTPStatusClass.h"
 
 #include <QCoreApplication>
+#include <QDir>
+
+#include <array>
+#include <cstdio>
+#include <utility>
+
+namespace {
+constexpr qint64 kReadBufferBytes = 512 * 1024;
+} // namespace
 
 FTPDataSocket::FTPDataSocket(FTPSessionClass* session)
     : Session(session)
@@ -15,6 +24,7 @@ FTPDataSocket::FTPDataSocket(FTPSessionClass* session)
         m_listener.close();
         if (accepted) {
             Attach(accepted);
+            m_probe.Watch(accepted->socketDescriptor());
             QMetaObject::invokeMethod(this, &FTPDataSocket::Event_Connected, Qt::QueuedConnection);
         }
     });
@@ -26,6 +36,35 @@ FTPDataSocket::~FTPDataSocket()
         m_socket->abort();
 }
 
+FTPDataSocket::Role FTPDataSocket::CurrentRole() const
+{
+    static const std::array<std::pair<const char*, Role>, 15> roles{{
+        {"GetDir", Role::ReceiveFile}, {"GetDirImmediate", Role::ReceiveFile}, {"GetFile", Role::ReceiveFile},
+        {"GetSingleFile", Role::ReceiveFile}, {"RestartGetSingleFile", Role::ReceiveFile},
+        {"PutDir", Role::SendFile}, {"PutDirImmediate", Role::SendFile}, {"PutFile", Role::SendFile},
+        {"PutSingleFile", Role::SendFile}, {"RestartPutSingleFile", Role::SendFile},
+        {"GetDirList", Role::ReceiveListing}, {"GetDirListImmediate", Role::ReceiveListing},
+        {"DeleteDir", Role::ParseListing}, {"DeleteDirImmediate", Role::ParseListing},
+        {"AbortTransfer", Role::Abort},
+    }};
+    if (!Session)
+        return Role::None;
+    for (const auto& [type, role] : roles) {
+        if (IsType(type)) {
+            // The tree walks fetch their listings on the file path.
+            if (FileList && (IsType("GetDir") || IsType("GetDirImmediate")))
+                return Role::ParseListing;
+            return role;
+        }
+    }
+    return Role::None;
+}
+
+bool FTPDataSocket::IsType(const char* type) const
+{
+    return Session && Session->GetFTPSessionType().compare(QLatin1String(type), Qt::CaseInsensitive) == 0;
+}
+
 void FTPDataSocket::UpdateTransferStatus(qint64 bytes)
 {
     ByteCount = bytes;
@@ -33,9 +72,153 @@ void FTPDataSocket::UpdateTransferStatus(qint64 bytes)
         Session->FTPStatusInstance->Progress_FTP(ByteCount);
 }
 
-void FTPDataSocket::PutFileName(const QString& name)
+bool FTPDataSocket::Fail(const QString& text)
+{
+    if (Session)
+        Session->EndFTPSession(text);
+    return false;
+}
+
+bool FTPDataSocket::PutFileName(const QString& name)
 {
     FileName = name;
+    m_sendAllowed = m_sending = false;
+    if (CurrentRole() != Role::ReceiveFile)
+        return true;
+    // A name from the server is used only as a plain name inside the folder.
+    if (!FTPIsPlainName(name))
+        return Fail("Error writing local file: " + FileName);
+    return OpenReceived(QDir(Session->LocalDirectory).filePath(name), IsType("RestartGetSingleFile"));
+}
+
+void FTPDataSocket::SetFileFolderItem(const QFileInfo& item)
+{
+    FileFolderItem = item;
+    FileName = item.fileName();
+    if (CurrentRole() != Role::ReceiveFile || IsType("RestartGetSingleFile"))
+        return;
+    if (item.filePath().isEmpty())
+        Fail("Error writing local file: " + FileName);
+    else
+        OpenReceived(item.absoluteFilePath(), false);
+}
+
+QString FTPDataSocket::TemporaryPathOf(const QString& target)
+{
+    const QFileInfo info(target);
+    return info.dir().filePath("." + info.fileName() + ".part");
+}
+
+bool FTPDataSocket::OpenReceived(const QString& target, bool restart)
+{
+    CloseReceived();
+    m_targetPath = target;
+    m_writeFailed = false;
+    const QString temporary = TemporaryPathOf(target);
+    // A restart resumes what an interrupted fetch kept, else the file itself,
+    // which stays untouched until the new bytes are complete.
+    if (restart && !QFileInfo::exists(temporary) && QFileInfo::exists(target))
+        QFile::copy(target, temporary);
+    bs = std::make_unique<QFile>(temporary);
+    // Unbuffered: every block received is on disk at once.
+    const QIODevice::OpenMode mode = QIODevice::Unbuffered | (restart ? QIODevice::ReadWrite : QIODevice::WriteOnly | QIODevice::Truncate);
+    if (!bs->open(mode)) {
+        bs.reset();
+        return Fail("Error writing local file: " + FileName);
+    }
+    if (restart) {
+        Session->RestartByteCount = bs->size();
+        bs->seek(bs->size());
+    }
+    BeginTransfer();
+    return true;
+}
+
+void FTPDataSocket::CloseReceived()
+{
+    if (bs && bs->isOpen()) {
+        if (!bs->flush())
+            m_writeFailed = true;
+        bs->close();
+    }
+}
+
+bool FTPDataSocket::CommitReceivedFile()
+{
+    if (!bs || m_targetPath.isEmpty())
+        return false;
+    CloseReceived();
+    const QString target = std::exchange(m_targetPath, QString());
+    return !m_writeFailed
+        && std::rename(QFile::encodeName(bs->fileName()).constData(), QFile::encodeName(target).constData()) == 0;
+}
+
+void FTPDataSocket::BeginTransfer()
+{
+    m_transferOpen = true;
+    FileData.clear();
+}
+
+void FTPDataSocket::SetRestartPosition()
+{
+    // The 213 may come before the connection that opens the file: the
+    // position is taken from RestartByteCount when sending starts.
+    if (DataStream && DataStream->isOpen() && Session)
+        DataStream->seek(Session->RestartByteCount);
+}
+
+void FTPDataSocket::AllowSending()
+{
+    m_sendAllowed = true;
+    TrySending();
+}
+
+void FTPDataSocket::TrySending()
+{
+    if (!m_sendAllowed || m_sending || !DataStream || !DataStream->isOpen() || !Session)
+        return;
+    m_sending = true;
+    DataStream->seek(IsType("RestartPutSingleFile") ? Session->RestartByteCount : 0);
+    SendBlock(true);
+}
+
+void FTPDataSocket::SendBlock(bool first)
+{
+    if (!Session || !DataStream || !m_socket)
+        return;
+    const QByteArray block = DataStream->read(Session->SendBufferSize);
+    BytesSent = first ? block.size() : BytesSent + block.size();
+    UpdateTransferStatus(BytesSent);
+    if (block.isEmpty())
+        QMetaObject::invokeMethod(this, &FTPDataSocket::Event_SendComplete, Qt::QueuedConnection);
+    else
+        m_socket->write(block);
+}
+
+void FTPDataSocket::ParseDirectoryList(const QString& text)
+{
+    QString lines = text;
+    lines.replace(QLatin1String("\r\n"), QLatin1String("\n")).replace(QLatin1Char('\r'), QLatin1Char('\n'));
+    for (const QString& line : lines.split(QLatin1Char('\n'))) {
+        if (!Session)
+            return;
+        const FTPParsedDirListLineClass record = ParseDirListLine(line);
+        // A name that is not plain ("a/b", "..", a link's target path) never
+        // becomes a path of the walk.
+        const bool plain = FTPIsPlainName(record.Name);
+        const int index = Session->CurrentDirectoryIndex;
+        if (index >= 0 && index < Session->DirList.size()) {
+            const std::shared_ptr<FTPDirectoryClass> current = Session->DirList.at(index);
+            if (record.IsDir && plain) {
+                const QString path = Session->CurrentWorkingDirectory + '/' + record.Name;
+                Session->DirList.append(std::make_shared<FTPDirectoryClass>(path, current->GetName()));
+                current->AddSubDirectory(path);
+            } else if (!record.IsDir && record.IsFile && plain) {
+                current->AddFile(record.Name);
+            }
+        }
+        QCoreApplication::processEvents();
+    }
 }
 
 void FTPDataSocket::Attach(QTcpSocket* socket)
@@ -45,9 +228,19 @@ void FTPDataSocket::Attach(QTcpSocket* socket)
         m_socket->abort();
         m_socket->deleteLater();
     }
+    m_probe.Release();
     m_socket = socket;
     m_socket->setParent(this);
     m_lastErrorCode = 0;
+    connect(socket, &QAbstractSocket::connected, this, [this, socket] {
+        if (socket == m_socket)
+            m_probe.Watch(socket->socketDescriptor());
+    });
+    // A file goes out one small block per completion: waiting to coalesce
+    // them would cost a delayed acknowledgement per block.
+    socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    // Bounds what waits in memory: the server is held back instead.
+    socket->setReadBufferSize(kReadBufferBytes);
     connect(socket, &QAbstractSocket::connected, this, &FTPDataSocket::Event_Connected, Qt::QueuedConnection);
     connect(socket, &QIODevice::readyRead, this, &FTPDataSocket::Event_DataAvailable, Qt::QueuedConnection);
     connect(socket, &QIODevice::bytesWritten, this, [this, socket] {
@@ -57,9 +250,13 @@ void FTPDataSocket::Attach(QTcpSocket* socket)
     connect(socket, &QAbstractSocket::errorOccurred, this, [this, socket](QAbstractSocket::SocketError error) {
         if (socket != m_socket)
             return;
-        m_lastErrorCode = FTPSocketErrorCode(error);
+        m_lastErrorCode = m_probe.Classify(error);
         const int code = m_lastErrorCode;
-        QMetaObject::invokeMethod(this, [this, code] { Event_Error(code); }, Qt::QueuedConnection);
+        QPointer<QTcpSocket> from = socket;
+        QMetaObject::invokeMethod(this, [this, from, code] {
+            if (from && from == m_socket)
+                Event_Error(code);
+        }, Qt::QueuedConnection);
     });
 }
 
@@ -79,13 +276,23 @@ bool FTPDataSocket::Listen(const QHostAddress& address, int port)
 void FTPDataSocket::Close()
 {
     m_listener.close();
-    if (m_socket)
+    m_probe.Release();
+    if (m_socket) {
+        // What a connection we closed reports later is not news.
+        m_socket->disconnect(this);
         m_socket->close();
+    }
 }
 
 void FTPDataSocket::Poll()
 {
+    if (m_polling)
+        return;
+    m_polling = true;
+    QPointer<FTPDataSocket> self = this;
     QCoreApplication::processEvents();
+    if (self)
+        m_polling = false;
 }
 
 bool FTPDataSocket::IsConnected() const
@@ -95,33 +302,134 @@ bool FTPDataSocket::IsConnected() const
 
 void FTPDataSocket::Event_Connected()
 {
-    // What arrives or leaves depends on the session's operation; the operations
-    // of a logged-on session that only open the data side move nothing.
+    const Role role = CurrentRole();
+    if (role == Role::SendFile) {
+        const bool fromPaths = IsType("PutDir") || IsType("PutDirImmediate");
+        const QString local = fromPaths ? Session->Paths.value(Session->CurrentFileIndex)
+                                        : QDir(Session->LocalDirectory).filePath(FileName);
+        if (!QFileInfo(local).isFile()) {
+            Fail("Cannot Find File: " + FileName);
+            return Close();
+        }
+        DataStream = std::make_unique<QFile>(local);
+        if (!DataStream->open(QIODevice::ReadOnly)) {
+            Fail("Cannot open file: " + FileName);
+            return Close();
+        }
+        TrySending();
+        if (Session)
+            Session->ResetConnectionTimer();
+    } else if (role == Role::ReceiveFile || role == Role::ParseListing || IsType("GetDirListImmediate")) {
+        Poll();
+    }
 }
 
 void FTPDataSocket::Event_DataAvailable()
 {
-    if (!Session || !m_socket)
+    if (!Session || !m_socket || !m_socket->isOpen())
         return;
-    // Nothing here takes data yet: bytes on an unused data connection are
-    // dropped rather than left to pile up.
-    m_socket->readAll();
-    Session->ResetConnectionTimer();
+    switch (CurrentRole()) {
+    case Role::ReceiveFile:
+        // Only this block is held, in the same buffer each time: it goes to the file at once.
+        FileData.resize(m_socket->bytesAvailable());
+        FileData.resize(qMax<qint64>(0, m_socket->read(FileData.data(), FileData.size())));
+        if (bs && bs->isOpen()) {
+            if (bs->write(FileData) != FileData.size()) {
+                m_writeFailed = true;
+                Fail("Error writing local file: " + FileName);
+                return;
+            }
+            UpdateTransferStatus(bs->pos());
+            Poll();
+        }
+        break;
+    case Role::ReceiveListing:
+        FileData += m_socket->readAll();
+        UpdateTransferStatus(FileData.size());
+        Poll();
+        break;
+    case Role::ParseListing:
+        FileData += m_socket->readAll();
+        UpdateTransferStatus(FileData.size());
+        break;
+    default:
+        // Bytes on a connection no operation reads are dropped, not piled up.
+        m_socket->readAll();
+        break;
+    }
+    if (Session)
+        Session->ResetConnectionTimer();
 }
 
 void FTPDataSocket::Event_Error(int code)
 {
+    const Role role = CurrentRole();
+    // The last bytes may still wait in the socket when its close is handled.
+    if (m_socket && m_socket->bytesAvailable() > 0 && role != Role::SendFile && role != Role::Abort)
+        Event_DataAvailable();
     if (!Session)
         return;
-    if (Session->GetFTPSessionType().compare(QLatin1String("AbortTransfer"), Qt::CaseInsensitive) == 0)
-        Session->EndFTPSession(QStringLiteral("Error while sending the file: ") + QString::number(code));
+    const QString number = QString::number(code);
+    const bool closed = code == FTPSocketError::kPeerClosed;
+    switch (role) {
+    case Role::SendFile:
+    case Role::Abort:
+        if (DataStream)
+            DataStream->close();
+        CloseReceived();
+        Session->EndFTPSession("Error while sending the file: " + number);
+        break;
+    case Role::ReceiveFile:
+        CloseReceived();
+        FileData.clear();
+        ByteCount = 0;
+        if (!closed)
+            Session->EndFTPSession("Error while receiving the file: " + number);
+        break;
+    case Role::ParseListing:
+        if (closed) {
+            const QString text = Session->Decode(FileData);
+            ParseDirectoryList(text);
+            FileData.clear();
+            ByteCount = 0;
+        } else {
+            Session->EndFTPSession("Error while receiving the directory list: " + number);
+        }
+        break;
+    case Role::ReceiveListing:
+        if (closed) {
+            Session->DirectoryFileList = Session->Decode(FileData);
+            FileData.clear();
+        } else {
+            Session->EndFTPSession("Error while receiving the directory list: " + number);
+        }
+        break;
+    case Role::None:
+        break;
+    }
+    m_transferOpen = false;
 }
 
 void FTPDataSocket::Event_SendComplete()
 {
     if (!Session)
         return;
-    if (Session->GetFTPSessionType().compare(QLatin1String("AbortTransfer"), Qt::CaseInsensitive) == 0) {
+    const Role role = CurrentRole();
+    if (role == Role::SendFile) {
+        if (!DataStream || !DataStream->isOpen())
+            return;
+        if (DataStream->atEnd()) {
+            // Closing the connection tells the server the file is complete.
+            UpdateTransferStatus(BytesSent);
+            DataStream->close();
+            Close();
+        } else {
+            SendBlock(false);
+            Poll();
+        }
+        if (Session)
+            Session->ResetConnectionTimer();
+    } else if (role == Role::Abort) {
         if (DataStream)
             DataStream->close();
         Close();

@@ -4,12 +4,28 @@
 #include "DoEvents.h"
 #include "FTPReply.h"
 
+#include <QCoreApplication>
+#include <QLoggingCategory>
 #include <QPointer>
 #include <QRandomGenerator>
 #include <QStringDecoder>
 #include <QStringEncoder>
 
 #include <array>
+
+Q_LOGGING_CATEGORY(lcFtpSteps, "vexil.ftp.steps", QtWarningMsg)
+
+namespace {
+
+// An object the session drops may be inside its own event now: it goes later,
+// held by the application meanwhile so that nothing is left behind at exit.
+void DeleteLater(QObject* object)
+{
+    object->setParent(QCoreApplication::instance());
+    object->deleteLater();
+}
+
+} // namespace
 
 FTPSessionClass::FTPSessionClass(Globals& globals, Clock& clock)
     : m_globals(globals), m_clock(clock)
@@ -34,14 +50,14 @@ FTPSessionClass::FTPSessionClass(Globals& globals, Clock& clock, const QString& 
 
 FTPSessionClass::~FTPSessionClass()
 {
-    // The sockets are children of m_socketOwner and go with it; their events
-    // must not reach a session that is gone.
-    if (CommandSocket)
-        CommandSocket->Session = nullptr;
-    if (DataSocket)
-        DataSocket->Session = nullptr;
-    if (ConnectionTimer)
+    // Any of these may be running its own event now, the deletion inside it.
+    DropSockets(true);
+    if (ConnectionTimer) {
+        ConnectionTimer->stop();
         ConnectionTimer->Session = nullptr;
+        if (ConnectionTimer->Firing)
+            DeleteLater(ConnectionTimer.release());
+    }
 }
 
 // The defaults both constructors share, in their order.
@@ -100,6 +116,7 @@ QString FTPSessionClass::Decode(const QByteArray& bytes) const
 void FTPSessionClass::NextFTPStep(const QString& step, const QString& command, const QString& statusText)
 {
     ResetConnectionTimer();
+    qCDebug(lcFtpSteps) << FTPSessionType << CurrentFTPStep << "->" << step;
     CurrentFTPStep = step;
 
     const bool force = command.compare(QLatin1String("FORCENOOP"), Qt::CaseInsensitive) == 0;
@@ -119,12 +136,13 @@ void FTPSessionClass::NextFTPStep(const QString& step, const QString& command, c
 
     if (FTPStatusInstance) {
         FTPStatusInstance->Session = this;
+        const auto alive = Alive();
         // No password reaches a report.
         FTPStatusInstance->Response_FTP(command.contains(QLatin1String("PASS"), Qt::CaseInsensitive)
                                             ? QStringLiteral("PASS")
                                             : command);
-        // The report may run events that end the session or drop the status sink.
-        if (FTPStatusInstance)
+        // The report may run events that end or delete the session or drop the sink.
+        if (!alive.expired() && FTPStatusInstance)
             FTPStatusInstance->Status_FTP(statusText);
     }
 }
@@ -136,10 +154,11 @@ void FTPSessionClass::CommandDataAvailable(FTPCommandSocket* socket)
 
 void FTPSessionClass::ReceiveControlBytes(const QByteArray& bytes, FTPCommandSocket* from)
 {
-    // A socket the session has dropped while the lines were handled stops here;
-    // the pass of the event loop may even have deleted it.
+    // A session deleted, or a socket it dropped (the pass of the event loop may
+    // even have deleted the socket), while the lines were handled stops here.
+    const auto alive = Alive();
     const QPointer<FTPCommandSocket> socket = from;
-    const auto current = [&] { return !from || (socket && socket->Session == this); };
+    const auto current = [&] { return !alive.expired() && (!from || (socket && socket->Session == this)); };
     Buffer += bytes;
     while (current() && Buffer.contains(FTPCommandCRLF)) {
         ParseCommandBuffer();
@@ -171,9 +190,11 @@ void FTPSessionClass::ParseCommandBuffer()
     const QString line = Decode(Buffer.left(end));
     const int code = FTPReplyCode(line);
     Buffer.remove(0, end + FTPCommandCRLF.size());
+    const auto alive = Alive();
     if (FTPStatusInstance)
         FTPStatusInstance->Response_FTP(line);
-    Dispatch(line, code);
+    if (!alive.expired())
+        Dispatch(line, code);
 }
 
 void FTPSessionClass::ParseCommandBuffer(int code)
@@ -191,10 +212,16 @@ void FTPSessionClass::Dispatch(const QString& line, int code)
         Machine machine;
     };
     // In the order of testing; operations not built into this client have no row.
-    static const std::array<Route, 15> routes{{
+    static const std::array<Route, 21> routes{{
         {"AbortTransfer", &FTPSessionClass::ExecuteAbortTransferSteps},
         {"ChangeDir", &FTPSessionClass::ExecuteChangeDirSteps},
         {"ParentDir", &FTPSessionClass::ExecuteParentDirSteps},
+        {"PutSingleFile", &FTPSessionClass::ExecutePutSingleFileSteps},
+        {"RestartPutSingleFile", &FTPSessionClass::ExecuteRestartPutSingleFileSteps},
+        {"GetDirList", &FTPSessionClass::ExecuteGetDirListSteps},
+        {"GetDirListImmediate", &FTPSessionClass::ExecuteGetDirListImmediateSteps},
+        {"GetSingleFile", &FTPSessionClass::ExecuteGetSingleFileSteps},
+        {"RestartGetSingleFile", &FTPSessionClass::ExecuteRestartGetSingleFileSteps},
         {"DeleteSingleFile", &FTPSessionClass::ExecuteDeleteSingleFileSteps},
         {"RemoveDir", &FTPSessionClass::ExecuteRemoveDirSteps},
         {"MakeDir", &FTPSessionClass::ExecuteMakeDirSteps},
@@ -267,8 +294,11 @@ void FTPSessionClass::ReportEnd(const QString& text)
 void FTPSessionClass::EndFTPSession(const QString& text)
 {
     ++m_endCount;
+    const auto alive = Alive();
     if (!text.isEmpty())
         ReportEnd(text);
+    if (alive.expired())
+        return;
     StopTimer();
     if (!IgnoreCancel)
         DropSockets(true);
@@ -277,7 +307,10 @@ void FTPSessionClass::EndFTPSession(const QString& text)
 void FTPSessionClass::CancelFTPSession(const QString& text)
 {
     ++m_endCount;
+    const auto alive = Alive();
     ReportEnd(text);
+    if (alive.expired())
+        return;
     StopTimer();
     DropSockets(true);
 }
@@ -290,8 +323,7 @@ void FTPSessionClass::DropSockets(bool close)
         socket->Session = nullptr;
         if (close)
             socket->close();
-        // It may be the socket whose event is running now.
-        socket->deleteLater();
+        DeleteLater(socket);
     }
     if (DataSocket) {
         FTPDataSocket* socket = DataSocket;
@@ -299,7 +331,7 @@ void FTPSessionClass::DropSockets(bool close)
         socket->Session = nullptr;
         if (close)
             socket->Close();
-        socket->deleteLater();
+        DeleteLater(socket);
     }
 }
 
@@ -330,8 +362,36 @@ bool FTPSessionClass::AtStep(const char* step) const
     return CurrentFTPStep.compare(QLatin1String(step), Qt::CaseInsensitive) == 0;
 }
 
-void FTPSessionClass::UnexpectedReply(const QString& line, bool tlsStep)
+bool FTPSessionClass::Codes::Accepts(int code) const
 {
+    if (first == kAnyCode)
+        return true;
+    if (first == kAny2xx)
+        return code / 100 == 2;
+    return code == first || code == second;
+}
+
+void FTPSessionClass::RunSteps(const QString& line, int code, FinalTest test, const StepRows& rows)
+{
+    if (!(test == FinalTest::A ? FTPFinalLineA(line) : FTPFinalLineB(line)))
+        return;
+    bool known = false;
+    for (const StepRow& row : rows) {
+        if (!AtStep(row.step))
+            continue;
+        known = true;
+        if (row.codes.Accepts(code))
+            return row.action();
+    }
+    if (known)
+        UnexpectedReply(line);
+    else
+        UnknownStep();
+}
+
+void FTPSessionClass::UnexpectedReply(const QString& line)
+{
+    const bool tlsStep = AtStep("AUTH") || AtStep("PBSZ") || AtStep("PROT");
     const QString separator = tlsStep ? QStringLiteral("\r") : QStringLiteral("\n");
     EndFTPSession(QStringLiteral("Error: ") + line + separator + Decode(Buffer));
 }

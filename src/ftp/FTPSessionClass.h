@@ -3,6 +3,8 @@
 #include "FTPCommandSocket.h"
 #include "FTPConnectionTimer.h"
 #include "FTPDataSocket.h"
+#include "FTPDirList.h"
+#include "FTPDirectoryClass.h"
 #include "FTPStatusClass.h"
 
 #include <QByteArray>
@@ -17,15 +19,20 @@
 #include <functional>
 #include <memory>
 #include <utility>
+#include <vector>
 
 class Clock;
-class FTPDirectoryClass;
 class Globals;
 
 // One FTP session: one control connection, one data connection, one inactivity
 // timer and one status sink. Nothing blocks: an operation sends its first
 // command and returns; each final reply line then moves its step machine one
 // step, and the end is told only through FTPStatusInstance.
+//
+// The owner may delete or replace the session inside any of its reports (each
+// report gives the event loop a pass): every path that can pump events checks
+// that the session still lives before it touches it again, and the sockets and
+// the timer go by deleteLater.
 class FTPSessionClass {
 public:
     FTPSessionClass(Globals& globals, Clock& clock);
@@ -134,6 +141,20 @@ public:
     void SITECommand(const QString& text);
     void DirectCommand(const QString& text);
     void AbortTransfer();
+    void GetSingleFile();
+    void RestartGetSingleFile();
+    void PutSingleFile();
+    void RestartPutSingleFile();
+    void GetDirList();
+    void StartGetDirList();
+
+    // Local files: only plain names inside LocalDirectory are touched.
+    void DeleteLocalFile(const QString& name);
+    void DeleteLocalFile(const QFileInfo& item);
+
+    // Listing lines.
+    static FTPParsedDirListLineClass ParseDirListLine(const QString& line) { return ::ParseDirListLine(line); }
+    static QString Squeeze(const QString& text, const QString& charSet) { return ::Squeeze(text, charSet); }
 
     // The data side's port arithmetic.
     void NextDataPort();
@@ -161,6 +182,12 @@ public:
     void ExecuteStatusSteps(const QString& line, int code);
     void ExecuteSITESteps(const QString& line, int code);
     void ExecuteDirectCommandSteps(const QString& line, int code);
+    void ExecuteGetSingleFileSteps(const QString& line, int code);
+    void ExecuteRestartGetSingleFileSteps(const QString& line, int code);
+    void ExecutePutSingleFileSteps(const QString& line, int code);
+    void ExecuteRestartPutSingleFileSteps(const QString& line, int code);
+    void ExecuteGetDirListSteps(const QString& line, int code);
+    void ExecuteGetDirListImmediateSteps(const QString& line, int code);
 
     // Events of the control connection, forwarded by the socket.
     void CommandDataAvailable(FTPCommandSocket* socket);
@@ -169,6 +196,11 @@ public:
     // pass of the event loop after each.
     void ReceiveControlBytes(const QByteArray& bytes, FTPCommandSocket* from = nullptr);
 
+    // The text of listing bytes, in the server's encoding.
+    QString Decode(const QByteArray& bytes) const;
+    // Expires when the session is deleted: whoever pumps events checks it after.
+    std::weak_ptr<int> Alive() const { return m_life; }
+
 private:
     struct StepCommand {
         QString step;
@@ -176,8 +208,58 @@ private:
         QString statusText;
     };
     enum class FinalTest { A, B };
+    // The codes that move a step on: one or two, kAnyCode, or kAny2xx.
+    static constexpr int kAnyCode = -1;
+    static constexpr int kAny2xx = -2;
+    struct Codes {
+        int first;
+        int second = -3;
+        Codes(int code) : first(code) {}
+        Codes(int a, int b) : first(a), second(b) {}
+        bool Accepts(int code) const;
+    };
+    // One row of a step machine: the step, the codes it expects, the action.
+    struct StepRow {
+        const char* step;
+        Codes codes;
+        std::function<void()> action;
+    };
+    using StepRows = std::vector<StepRow>;
+    friend StepRows operator+(StepRows a, const StepRows& b)
+    {
+        a.insert(a.end(), b.begin(), b.end());
+        return a;
+    }
+    // Drops a line that is not final, then runs the first row of the current
+    // step that accepts the code; a known step with another code, or an
+    // unknown step, ends the session.
+    void RunSteps(const QString& line, int code, FinalTest test, const StepRows& rows);
+
+    // The families that repeat.
+    // PASV or NOTPASV, by PassiveMode (the START row of the data front).
+    void EnterDataFront();
+    // PASV, NOTPASV and PORT: the data side opened, then on to next.
+    StepRows DataFront(const QString& line, const StepCommand& next);
+    // The wait for the data close: the step repeats with a real NOOP until
+    // the data side has closed, then done runs.
+    StepRow DataEnd(const char* step, const QString& statusText, std::function<void()> done);
+    // CONNECT, AUTH, PBSZ, PROT and USER of a log-on; USER accepts userCodes.
+    StepRows LogonFront(const QString& line, Codes userCodes);
+    // Any final reply to QUIT: the rest of the control bytes, then the end.
+    StepRow QuitEnd(const QString& text);
+    // PASV to LISTEND of a listing, then done.
+    StepRows ListingWalk(const QString& line, std::function<void()> done);
+    // The receiving walk from TYPE on; restart sends REST before RETR.
+    StepRows ReceiveWalk(bool restart);
+    // The sending walk; restart asks SIZE and sends REST before STOR.
+    StepRows SendWalk(const QString& line, bool restart);
+    // The end of a received file: the temporary file renamed over the target.
+    void FinishReceivedFile();
+    QString ListCommand() const;
 
     void Construct();
+    // Drops earlier sockets, makes new ones and connects (Logon, Start...).
+    void OpenConnection();
     // The entry of an operation on a logged-on session: nothing when the
     // connection is gone, else the type is set and the machine enters START.
     bool EnterOperation(const QString& type);
@@ -185,33 +267,17 @@ private:
     void ReportEnd(const QString& text);
     bool AtStep(const char* step) const;
     void Dispatch(const QString& line, int code);
-    QString Decode(const QByteArray& bytes) const;
-    void UnexpectedReply(const QString& line, bool tlsStep = false);
+    void UnexpectedReply(const QString& line);
     void UnknownStep();
     void StopTimer();
     void ReportSuccess(const QString& text);
     bool WaitForTLS();
     bool OpenActiveDataPort();
-    // One row of the operations that send a single command.
-    struct OneCommand {
-        FinalTest test;
-        const char* step;
-        std::function<std::pair<QString, QString>()> commandAndText;
-        std::function<bool(int)> accepts;
-        QString success;
-    };
-    void RunOneCommandSteps(const QString& line, int code, const OneCommand& row);
-    // START, PASV, NOTPASV and PORT: the data side opened before a command.
-    // True when the line was one of them; then leads on to the given step.
-    bool RunDataFrontSteps(const QString& line, int code, const StepCommand& next);
-    void RunStatusSteps(const QString& line, int code, const StepCommand& query);
     void DropSockets(bool close);
 
     Globals& m_globals;
     Clock& m_clock;
-    // Parent of the sockets: one dropped inside its own event is deleted later,
-    // and whatever is still pending goes with the session.
-    QObject m_socketOwner;
+    std::shared_ptr<int> m_life = std::make_shared<int>(0);
     // Counts ends of the session, so that a wait on the event loop knows when
     // the session ended beneath it.
     quint64 m_endCount = 0;

@@ -1,179 +1,151 @@
 #include "FTPSessionClass.h"
 
-#include "FTPReply.h"
-
-// The shape shared by the operations that send one command: START sends it,
+// The operations that exchange one or two commands: START sends the command,
 // its step takes the expected code and reports success.
-void FTPSessionClass::RunOneCommandSteps(const QString& line, int code, const OneCommand& row)
-{
-    if (!(row.test == FinalTest::A ? FTPFinalLineA(line) : FTPFinalLineB(line)))
-        return;
-    if (AtStep("START")) {
-        const auto [command, statusText] = row.commandAndText();
-        NextFTPStep(QLatin1String(row.step), command, statusText);
-    } else if (AtStep(row.step)) {
-        if (!row.accepts(code))
-            return UnexpectedReply(line);
-        StopTimer();
-        ReportSuccess(row.success);
-    } else {
-        UnknownStep();
-    }
-}
 
 void FTPSessionClass::ChangeDir()
 {
-    StartOperation(QStringLiteral("ChangeDir"), QStringLiteral("Send Change Directory Command"));
+    StartOperation("ChangeDir", "Send Change Directory Command");
 }
 
 void FTPSessionClass::ExecuteChangeDirSteps(const QString& line, int code)
 {
-    RunOneCommandSteps(line, code, {FinalTest::B, "CWD",
-        [this] { return std::pair<QString, QString>{QStringLiteral("CWD ") + ServerDirectory,
-                                    QStringLiteral("Change directory to: ") + ServerDirectory}; },
-        [](int c) { return c == 250; }, QStringLiteral("Directory Change Complete.")});
+    RunSteps(line, code, FinalTest::B, {
+        {"START", kAnyCode, [this] { NextFTPStep("CWD", "CWD " + ServerDirectory, "Change directory to: " + ServerDirectory); }},
+        {"CWD", 250, [this] { StopTimer(); ReportSuccess("Directory Change Complete."); }},
+    });
 }
 
 void FTPSessionClass::ParentDir()
 {
-    StartOperation(QStringLiteral("ParentDir"), QStringLiteral("Send Change Directory Command"));
+    StartOperation("ParentDir", "Send Change Directory Command");
 }
 
 void FTPSessionClass::ExecuteParentDirSteps(const QString& line, int code)
 {
-    RunOneCommandSteps(line, code, {FinalTest::B, "CDUP",
-        [] { return std::pair<QString, QString>{QStringLiteral("CDUP"), QStringLiteral("Changing to parent directory.")}; },
-        [](int c) { return c == 250; }, QStringLiteral("Directory Change Complete.")});
+    RunSteps(line, code, FinalTest::B, {
+        {"START", kAnyCode, [this] { NextFTPStep("CDUP", "CDUP", "Changing to parent directory."); }},
+        {"CDUP", 250, [this] { StopTimer(); ReportSuccess("Directory Change Complete."); }},
+    });
 }
 
 void FTPSessionClass::GetWorkingDir()
 {
-    StartOperation(QStringLiteral("GetWorkingDir"), QStringLiteral("Send Print Working Directory Command"));
+    StartOperation("GetWorkingDir", "Send Print Working Directory Command");
 }
 
 void FTPSessionClass::ExecuteGetWorkingDirSteps(const QString& line, int code)
 {
-    RunOneCommandSteps(line, code, {FinalTest::A, "PWD",
-        [] { return std::pair<QString, QString>{QStringLiteral("PWD"), QStringLiteral("Get working directory for ")}; },
-        [](int c) { return c == 257; }, QStringLiteral("The working directory has been transferred.")});
+    RunSteps(line, code, FinalTest::A, {
+        {"START", kAnyCode, [this] { NextFTPStep("PWD", "PWD", "Get working directory for "); }},
+        {"PWD", 257, [this] { StopTimer(); ReportSuccess("The working directory has been transferred."); }},
+    });
 }
 
 void FTPSessionClass::MakeDir()
 {
-    StartOperation(QStringLiteral("MakeDir"), QStringLiteral("Send Make Directory Command"));
+    StartOperation("MakeDir", "Send Make Directory Command");
 }
 
 void FTPSessionClass::ExecuteMakeDirSteps(const QString& line, int code)
 {
-    RunOneCommandSteps(line, code, {FinalTest::B, "MKD",
-        [this] { return std::pair<QString, QString>{QStringLiteral("MKD ") + ServerDirectory,
-                                    QStringLiteral("Create directory: ") + ServerDirectory}; },
-        [](int c) { return c == 257; }, QStringLiteral("Directory Created.")});
+    RunSteps(line, code, FinalTest::B, {
+        {"START", kAnyCode, [this] { NextFTPStep("MKD", "MKD " + ServerDirectory, "Create directory: " + ServerDirectory); }},
+        {"MKD", 257, [this] { StopTimer(); ReportSuccess("Directory Created."); }},
+    });
 }
 
 void FTPSessionClass::RemoveDir()
 {
-    StartOperation(QStringLiteral("RemoveDir"), QStringLiteral("Send Remove Directory Command"));
+    StartOperation("RemoveDir", "Send Remove Directory Command");
 }
 
 void FTPSessionClass::ExecuteRemoveDirSteps(const QString& line, int code)
 {
-    RunOneCommandSteps(line, code, {FinalTest::B, "RMD",
-        [this] { return std::pair<QString, QString>{QStringLiteral("RMD ") + ServerDirectory,
-                                    QStringLiteral("Delete: ") + ServerDirectory}; },
-        [](int c) { return c == 250; }, QStringLiteral("Empty Directory Removed.")});
+    RunSteps(line, code, FinalTest::B, {
+        {"START", kAnyCode, [this] { NextFTPStep("RMD", "RMD " + ServerDirectory, "Delete: " + ServerDirectory); }},
+        {"RMD", 250, [this] { StopTimer(); ReportSuccess("Empty Directory Removed."); }},
+    });
 }
 
 void FTPSessionClass::ChmodSingleFile()
 {
-    StartOperation(QStringLiteral("ChmodSingleFile"), QStringLiteral("Send Change Mode Command"));
+    StartOperation("ChmodSingleFile", "Send Change Mode Command");
 }
 
 void FTPSessionClass::ExecuteChmodSingleFileSteps(const QString& line, int code)
 {
-    RunOneCommandSteps(line, code, {FinalTest::B, "DONE",
-        [this] {
+    RunSteps(line, code, FinalTest::B, {
+        {"START", kAnyCode, [this] {
             const QString name = GetNextFileName();
-            return std::pair<QString, QString>{QStringLiteral("SITE CHMOD ") + ChmodMask + QLatin1Char(' ') + name,
-                               QStringLiteral("Change Mode of: ") + name + QStringLiteral(" to: ") + ChmodMask};
-        },
-        [](int c) { return c == 200; }, QStringLiteral("Chmod Command Complete.")});
+            NextFTPStep("DONE", "SITE CHMOD " + ChmodMask + ' ' + name, "Change Mode of: " + name + " to: " + ChmodMask);
+        }},
+        {"DONE", 200, [this] { StopTimer(); ReportSuccess("Chmod Command Complete."); }},
+    });
 }
 
 void FTPSessionClass::SITECommand(const QString& text)
 {
     DirectCommandText = text;
-    StartOperation(QStringLiteral("SITECommand"), QStringLiteral("Send FTP SITE command ") + text);
+    StartOperation("SITECommand", "Send FTP SITE command " + text);
 }
 
 void FTPSessionClass::ExecuteSITESteps(const QString& line, int code)
 {
-    RunOneCommandSteps(line, code, {FinalTest::B, "DONE",
-        [this] { return std::pair<QString, QString>{QStringLiteral("SITE ") + DirectCommandText, DirectCommandText}; },
-        [](int c) { return c == 200; }, QStringLiteral("FTP SITE command complete")});
+    RunSteps(line, code, FinalTest::B, {
+        {"START", kAnyCode, [this] { NextFTPStep("DONE", "SITE " + DirectCommandText, DirectCommandText); }},
+        {"DONE", 200, [this] { StopTimer(); ReportSuccess("FTP SITE command complete"); }},
+    });
 }
 
 void FTPSessionClass::DirectCommand(const QString& text)
 {
     DirectCommandText = text;
-    StartOperation(QStringLiteral("DirectCommand"), QStringLiteral("Send FTP Direct Command ") + text);
+    StartOperation("DirectCommand", "Send FTP Direct Command " + text);
 }
 
 void FTPSessionClass::ExecuteDirectCommandSteps(const QString& line, int code)
 {
-    RunOneCommandSteps(line, code, {FinalTest::B, "DONE",
-        [this] { return std::pair<QString, QString>{DirectCommandText, DirectCommandText}; },
-        [](int c) { return c / 100 == 2; }, QStringLiteral("FTP Direct Command complete")});
+    RunSteps(line, code, FinalTest::B, {
+        {"START", kAnyCode, [this] { NextFTPStep("DONE", DirectCommandText, DirectCommandText); }},
+        {"DONE", kAny2xx, [this] { StopTimer(); ReportSuccess("FTP Direct Command complete"); }},
+    });
 }
 
 void FTPSessionClass::RenameSingleFile()
 {
-    StartOperation(QStringLiteral("RenameSingleFile"), QStringLiteral("Send Rename Single File Command"));
+    StartOperation("RenameSingleFile", "Send Rename Single File Command");
 }
 
 void FTPSessionClass::ExecuteRenameSingleFileSteps(const QString& line, int code)
 {
-    if (!FTPFinalLineB(line))
-        return;
-    if (AtStep("START")) {
+    const auto send = [this](const char* step, const QString& command, const QString& text) {
         const QString name = GetNextFileName();
-        NextFTPStep(QStringLiteral("TO"), QStringLiteral("RNFR ") + name, QStringLiteral("Renaming file.") + name);
-    } else if (AtStep("TO")) {
-        if (code != 350)
-            return UnexpectedReply(line);
-        const QString name = GetNextFileName();
-        NextFTPStep(QStringLiteral("DONE"), QStringLiteral("RNTO ") + name, QStringLiteral(" to: ") + name);
-    } else if (AtStep("DONE")) {
-        if (code != 250)
-            return UnexpectedReply(line);
-        StopTimer();
-        ReportSuccess(QStringLiteral("File Rename Complete."));
-    } else {
-        UnknownStep();
-    }
+        NextFTPStep(step, command + name, text + name);
+    };
+    RunSteps(line, code, FinalTest::B, {
+        {"START", kAnyCode, [=] { send("TO", "RNFR ", "Renaming file."); }},
+        {"TO", 350, [=] { send("DONE", "RNTO ", " to: "); }},
+        {"DONE", 250, [this] { StopTimer(); ReportSuccess("File Rename Complete."); }},
+    });
 }
 
 void FTPSessionClass::AbortTransfer()
 {
-    StartOperation(QStringLiteral("AbortTransfer"), QStringLiteral("Aborting File Transfer"));
+    StartOperation("AbortTransfer", "Aborting File Transfer");
 }
 
 void FTPSessionClass::ExecuteAbortTransferSteps(const QString& line, int code)
 {
-    if (!FTPFinalLineB(line))
-        return;
-    if (AtStep("START")) {
-        NextFTPStep(QStringLiteral("ABORT"), QStringLiteral("ABOR"), QStringLiteral("Aborting File Transfer"));
-    } else if (AtStep("ABORT")) {
-        if (code != 226)
-            return UnexpectedReply(line);
+    RunSteps(line, code, FinalTest::B, {
+        {"START", kAnyCode, [this] { NextFTPStep("ABORT", "ABOR", "Aborting File Transfer"); }},
         // The timer keeps running after an abort; a 226 that is not about the
         // abort ends quietly.
-        if (line.contains(QLatin1String("Abort"), Qt::CaseInsensitive))
-            ReportSuccess(QStringLiteral("Transfer Aborted"));
-        else
-            EndFTPSession(QString());
-    } else {
-        UnknownStep();
-    }
+        {"ABORT", 226, [=, this] {
+            if (line.contains(QLatin1String("Abort"), Qt::CaseInsensitive))
+                ReportSuccess("Transfer Aborted");
+            else
+                EndFTPSession(QString());
+        }},
+    });
 }

@@ -72,111 +72,84 @@ bool FTPSessionClass::OpenActiveDataPort()
     return false;
 }
 
-bool FTPSessionClass::RunDataFrontSteps(const QString& line, int code, const StepCommand& next)
+void FTPSessionClass::EnterDataFront()
 {
-    if (AtStep("START")) {
-        if (PassiveMode)
-            NextFTPStep(QStringLiteral("PASV"), QStringLiteral("PASV"), QStringLiteral("Passive Mode"));
+    if (PassiveMode)
+        NextFTPStep("PASV", "PASV", "Passive Mode");
+    else
+        NextFTPStep("NOTPASV", "NOOP", QString());
+}
+
+FTPSessionClass::StepRows FTPSessionClass::DataFront(const QString& line, const StepCommand& next)
+{
+    const auto onward = [this, next] { NextFTPStep(next.step, next.command, next.statusText); };
+    return {
+        {"START", kAnyCode, [this] { EnterDataFront(); }},
+        {"PASV", 227, [=, this] {
+            if (CalcSetPassivePort(line))
+                onward();
+        }},
+        {"NOTPASV", 200, [this] {
+            if (OpenActiveDataPort())
+                NextFTPStep("PORT", "PORT " + BuildPortString(), "Set data port to: " + QString::number(DataPort));
+        }},
+        {"PORT", 200, onward},
+    };
+}
+
+FTPSessionClass::StepRow FTPSessionClass::DataEnd(const char* step, const QString& statusText, std::function<void()> done)
+{
+    return {step, 200, [this, step, statusText, done] {
+        if (!DataSocket || DataSocket->TransferDone())
+            done();
         else
-            NextFTPStep(QStringLiteral("NOTPASV"), QStringLiteral("NOOP"), QString());
-    } else if (AtStep("PASV")) {
-        if (code != 227)
-            UnexpectedReply(line);
-        else if (CalcSetPassivePort(line))
-            NextFTPStep(next.step, next.command, next.statusText);
-    } else if (AtStep("NOTPASV")) {
-        if (code != 200)
-            UnexpectedReply(line);
-        else if (OpenActiveDataPort())
-            NextFTPStep(QStringLiteral("PORT"), QStringLiteral("PORT ") + BuildPortString(),
-                        QStringLiteral("Set data port to: ") + QString::number(DataPort));
-    } else if (AtStep("PORT")) {
-        if (code != 200)
-            UnexpectedReply(line);
-        else
-            NextFTPStep(next.step, next.command, next.statusText);
-    } else {
-        return false;
-    }
-    return true;
+            NextFTPStep(step, "FORCENOOP", statusText);
+    }};
 }
 
 void FTPSessionClass::DeleteSingleFile()
 {
-    StartOperation(QStringLiteral("DeleteSingleFile"), QStringLiteral("Send Delete Single File Command"));
+    StartOperation("DeleteSingleFile", "Send Delete Single File Command");
 }
 
 void FTPSessionClass::ExecuteDeleteSingleFileSteps(const QString& line, int code)
 {
-    if (!FTPFinalLineB(line))
-        return;
-    if (RunDataFrontSteps(line, code, {QStringLiteral("TYPE"), QStringLiteral("TYPE ") + FTPTransferType,
-                                       QStringLiteral("Change transfer type.")}))
-        return;
-    if (AtStep("TYPE")) {
-        if (code != 200)
-            return UnexpectedReply(line);
-        NextFTPStep(QStringLiteral("DELETEFILE"), QStringLiteral("NOOP"), QStringLiteral("Deleting file..."));
-    } else if (AtStep("DELETEFILE")) {
-        if (code != 200)
-            return UnexpectedReply(line);
-        const QString name = GetNextFileName();
-        if (DataSocket)
-            DataSocket->PutFileName(name);
-        NextFTPStep(QStringLiteral("DELE"), QStringLiteral("DELE ") + name, QStringLiteral("Deleting ") + name);
-    } else if (AtStep("DELE")) {
-        if (code != 250)
-            return UnexpectedReply(line);
-        StopTimer();
-        ReportSuccess(QStringLiteral("File has been deleted."));
-    } else {
-        UnknownStep();
-    }
+    RunSteps(line, code, FinalTest::B, DataFront(line, {"TYPE", "TYPE " + FTPTransferType, "Change transfer type."}) + StepRows{
+        {"TYPE", 200, [this] { NextFTPStep("DELETEFILE", "NOOP", "Deleting file..."); }},
+        {"DELETEFILE", 200, [this] {
+            const QString name = GetNextFileName();
+            if (DataSocket)
+                DataSocket->PutFileName(name);
+            NextFTPStep("DELE", "DELE " + name, "Deleting " + name);
+        }},
+        {"DELE", 250, [this] { StopTimer(); ReportSuccess("File has been deleted."); }},
+    });
 }
 
 void FTPSessionClass::GetStatus()
 {
-    StartOperation(QStringLiteral("GetStatus"), QStringLiteral("Send Get Status Command"));
-}
-
-void FTPSessionClass::ExecuteStatusSteps(const QString& line, int code)
-{
-    RunStatusSteps(line, code, {QStringLiteral("STATUS"), QStringLiteral("STAT"), QStringLiteral("Get System Status")});
+    StartOperation("GetStatus", "Send Get Status Command");
 }
 
 void FTPSessionClass::GetSystemInfo()
 {
-    StartOperation(QStringLiteral("GetSystemInfo"), QStringLiteral("Send Get System Info Command"));
+    StartOperation("GetSystemInfo", "Send Get System Info Command");
+}
+
+void FTPSessionClass::ExecuteStatusSteps(const QString& line, int code)
+{
+    RunSteps(line, code, FinalTest::A, DataFront(line, {"NEXT", "NOOP", "NOOP"}) + StepRows{
+        {"NEXT", 200, [this] { NextFTPStep("STATUS", "STAT", "Get System Status"); }},
+        {"STATUS", {150, 125}, [this] { DataSocket ? DataSocket->Poll() : void(); }},
+        {"STATUS", 211, [this] { StopTimer(); ReportSuccess("System information received."); }},
+    });
 }
 
 void FTPSessionClass::ExecuteSystemInfoSteps(const QString& line, int code)
 {
-    RunStatusSteps(line, code, {QStringLiteral("SYSTEM"), QStringLiteral("SYST"), QStringLiteral("Get system information.")});
-}
-
-// GetStatus and GetSystemInfo differ only in the query and its reply code.
-void FTPSessionClass::RunStatusSteps(const QString& line, int code, const StepCommand& query)
-{
-    if (!FTPFinalLineA(line))
-        return;
-    if (RunDataFrontSteps(line, code, {QStringLiteral("NEXT"), QStringLiteral("NOOP"), QStringLiteral("NOOP")}))
-        return;
-    const int answer = query.step == QLatin1String("STATUS") ? 211 : 215;
-    if (AtStep("NEXT")) {
-        if (code != 200)
-            return UnexpectedReply(line);
-        NextFTPStep(query.step, query.command, query.statusText);
-    } else if (AtStep(query.step.toLatin1().constData())) {
-        if (code == 150 || code == 125) {
-            if (DataSocket)
-                DataSocket->Poll();
-        } else if (code == answer) {
-            StopTimer();
-            ReportSuccess(QStringLiteral("System information received."));
-        } else {
-            UnexpectedReply(line);
-        }
-    } else {
-        UnknownStep();
-    }
+    RunSteps(line, code, FinalTest::A, DataFront(line, {"NEXT", "NOOP", "NOOP"}) + StepRows{
+        {"NEXT", 200, [this] { NextFTPStep("SYSTEM", "SYST", "Get system information."); }},
+        {"SYSTEM", {150, 125}, [this] { DataSocket ? DataSocket->Poll() : void(); }},
+        {"SYSTEM", 215, [this] { StopTimer(); ReportSuccess("System information received."); }},
+    });
 }

@@ -10,14 +10,21 @@ void FTPSessionClass::Logon()
 {
     FTPSessionType = QStringLiteral("Logon");
     NT = false;
+    const auto alive = Alive();
     NextFTPStep(QStringLiteral("CONNECT"), QString(), FirmwareServer::ConnectingMessage());
+    if (alive.expired())
+        return;
     Buffer.clear();
     ResetConnectionTimer();
+    IgnoreCancel = true;
+    OpenConnection();
+}
+
+void FTPSessionClass::OpenConnection()
+{
     DropSockets(false);
     DataSocket = new FTPDataSocket(this);
-    DataSocket->setParent(&m_socketOwner);
     CommandSocket = new FTPCommandSocket(this);
-    CommandSocket->setParent(&m_socketOwner);
     if (FTPS) {
         CommandSocket->SetConnectionType(FTPCommandSocket::kConnectionTypeTLS);
         CommandSocket->SetSecure(false);
@@ -27,7 +34,6 @@ void FTPSessionClass::Logon()
             CommandSocket->setSslConfiguration(configuration);
         }
     }
-    IgnoreCancel = true;
     CommandSocket->Connect(ServerAddress, CommandPort);
 }
 
@@ -42,56 +48,56 @@ bool FTPSessionClass::WaitForTLS()
     }
     QPointer<FTPCommandSocket> socket = CommandSocket;
     const quint64 endsBefore = m_endCount;
+    const auto alive = Alive();
     socket->SetSecure(true);
     while (socket && !socket->SSLConnected()) {
+        if (alive.expired())
+            return false;
         if (m_endCount != endsBefore || socket != CommandSocket || socket->state() == QAbstractSocket::UnconnectedState)
             return false;
         socket->Poll();
     }
-    return socket && m_endCount == endsBefore && socket == CommandSocket;
+    return !alive.expired() && socket && m_endCount == endsBefore && socket == CommandSocket;
+}
+
+FTPSessionClass::StepRows FTPSessionClass::LogonFront(const QString& line, Codes userCodes)
+{
+    const auto user = [this] { NextFTPStep("USER", "USER " + ServerUserID, "Send UserID"); };
+    return {
+        {"CONNECT", {220, 530}, [=, this] {
+            if (line.contains(QLatin1String("Microsoft"), Qt::CaseInsensitive))
+                NT = true;
+            if (FTPS)
+                NextFTPStep("AUTH", "AUTH TLS", "\"Sending AUTH\"");
+            else
+                user();
+        }},
+        {"AUTH", 234, [this] {
+            if (WaitForTLS())
+                NextFTPStep("PBSZ", "PBSZ 0", "Sending PBSZ");
+        }},
+        {"PBSZ", 200, [this] { NextFTPStep("PROT", "PROT P", "Sending PROT"); }},
+        // A refusal of a private data channel (534) still lets the log-on go on.
+        {"PROT", {200, 534}, user},
+        {"USER", userCodes, [this] { NextFTPStep("PASS", "PASS " + ServerPassword, "Send Password"); }},
+    };
+}
+
+FTPSessionClass::StepRow FTPSessionClass::QuitEnd(const QString& text)
+{
+    return {"QUIT", kAnyCode, [this, text] {
+        if (CommandSocket)
+            Buffer += CommandSocket->ReadAll();
+        StopTimer();
+        EndFTPSession(text);
+    }};
 }
 
 void FTPSessionClass::ExecuteLogonSteps(const QString& line, int code)
 {
-    if (!FTPFinalLineA(line))
-        return;
-
-    if (AtStep("CONNECT")) {
-        if (code != 220 && code != 530)
-            return UnexpectedReply(line);
-        if (line.contains(QLatin1String("Microsoft"), Qt::CaseInsensitive))
-            NT = true;
-        if (FTPS)
-            NextFTPStep(QStringLiteral("AUTH"), QStringLiteral("AUTH TLS"), QStringLiteral("\"Sending AUTH\""));
-        else
-            NextFTPStep(QStringLiteral("USER"), QStringLiteral("USER ") + ServerUserID, QStringLiteral("Send UserID"));
-    } else if (AtStep("AUTH")) {
-        if (code != 234)
-            return UnexpectedReply(line, true);
-        if (!WaitForTLS())
-            return;
-        NextFTPStep(QStringLiteral("PBSZ"), QStringLiteral("PBSZ 0"), QStringLiteral("Sending PBSZ"));
-    } else if (AtStep("PBSZ")) {
-        if (code != 200)
-            return UnexpectedReply(line, true);
-        NextFTPStep(QStringLiteral("PROT"), QStringLiteral("PROT P"), QStringLiteral("Sending PROT"));
-    } else if (AtStep("PROT")) {
-        // A refusal of a private data channel (534) still lets the log-on go on.
-        if (code != 200 && code != 534)
-            return UnexpectedReply(line, true);
-        NextFTPStep(QStringLiteral("USER"), QStringLiteral("USER ") + ServerUserID, QStringLiteral("Send UserID"));
-    } else if (AtStep("USER")) {
-        if (code != 331)
-            return UnexpectedReply(line);
-        NextFTPStep(QStringLiteral("PASS"), QStringLiteral("PASS ") + ServerPassword, QStringLiteral("Send Password"));
-    } else if (AtStep("PASS")) {
-        if (code != 230)
-            return UnexpectedReply(line);
-        StopTimer();
-        ReportSuccess(QStringLiteral("Connected to Corvane server."));
-    } else {
-        UnknownStep();
-    }
+    RunSteps(line, code, FinalTest::A, LogonFront(line, 331) + StepRows{
+        {"PASS", 230, [this] { StopTimer(); ReportSuccess("Connected to Corvane server."); }},
+    });
 }
 
 void FTPSessionClass::Logoff()
@@ -103,15 +109,6 @@ void FTPSessionClass::Logoff()
 
 void FTPSessionClass::ExecuteLogoffSteps(const QString& line, int code)
 {
-    Q_UNUSED(code);
-    if (!FTPFinalLineA(line))
-        return;
-    if (AtStep("QUIT")) {
-        if (CommandSocket)
-            Buffer += CommandSocket->ReadAll();
-        // The sockets stay for the server to close; its close at QUIT reports nothing.
-        EndFTPSession(QStringLiteral("Logoff Complete."));
-    } else {
-        UnknownStep();
-    }
+    // The sockets stay for the server to close; its close at QUIT reports nothing.
+    RunSteps(line, code, FinalTest::A, {QuitEnd("Logoff Complete.")});
 }

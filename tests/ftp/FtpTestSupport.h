@@ -4,76 +4,161 @@
 #include "FTPStatusClass.h"
 #include "Globals.h"
 #include "ManualClock.h"
-#include "QtPrinters.h"
-#include "ScriptedPlatformServices.h"
-#include "StatusLog.h"
-#include "Window1Base.h"
+#include "StatusSink.h"
 
-#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QStringList>
 #include <QTest>
+#include <QTimer>
 
 #include <functional>
+#include <memory>
 
-// A status sink that keeps every report as "Kind: text", and the ends (successes and errors)
-// apart, then does what the application's sink does.
+// Runs the event loop until done() or the bound, sleeping only until the next
+// event (QTest::qWaitFor naps 10 ms between passes, which would pace an upload
+// that sends one block per completion event).
+inline bool PumpUntil(const std::function<bool()>& done, int timeoutMs)
+{
+    QDeadlineTimer deadline(timeoutMs);
+    QTimer wake;
+    wake.start(20);
+    while (!done() && !deadline.hasExpired())
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+    return done();
+}
+
+// Globals' lines as the main window's log shows them, without a window; every
+// post, shown or not, counts as activity.
+struct LogSink : StatusSink {
+    QStringList lines;
+    int activity = 0;
+    void StatusPosted(const QString& text, bool shown) override
+    {
+        ++activity;
+        if (shown)
+            lines << text;
+    }
+};
+
+// A status sink that keeps every report, in order, as "Kind: text", and then
+// does what the application's sink does.
 class RecordingStatus : public FTPStatusClass {
 public:
     using FTPStatusClass::FTPStatusClass;
+
     QStringList reports;
     QStringList ends;
+    // Runs first in every report, with its kind ("Progress", "Error", ...).
+    std::function<void(const QString&)> onReport;
 
-    void Error_FTP(const QString& text) override { End(QStringLiteral("Error: ") + text); FTPStatusClass::Error_FTP(text); }
-    void Successful_FTP(const QString& t) override { End(QStringLiteral("Successful: ") + t); FTPStatusClass::Successful_FTP(t); }
-    void Response_FTP(const QString& t) override { reports << QStringLiteral("Response: ") + t; FTPStatusClass::Response_FTP(t); }
-    void Status_FTP(const QString& text) override { reports << QStringLiteral("Status: ") + text; FTPStatusClass::Status_FTP(text); }
+    void Error_FTP(const QString& text) override
+    {
+        Note("Error", text);
+        FTPStatusClass::Error_FTP(text);
+    }
+    void Successful_FTP(const QString& text) override
+    {
+        Note("Successful", text);
+        FTPStatusClass::Successful_FTP(text);
+    }
+    void Response_FTP(const QString& text) override
+    {
+        Note("Response", text);
+        FTPStatusClass::Response_FTP(text);
+    }
+    void Progress_FTP(qint64) override { onReport ? onReport(QStringLiteral("Progress")) : void(); }
+    void Status_FTP(const QString& text) override
+    {
+        Note("Status", text);
+        FTPStatusClass::Status_FTP(text);
+    }
 
-private:
-    void End(const QString& report) { reports << report; ends << report; }
+    void Note(const char* kind, const QString& text)
+    {
+        if (onReport)
+            onReport(QLatin1String(kind));
+        reports << QLatin1String(kind) + QStringLiteral(": ") + text;
+        if (qstrcmp(kind, "Error") == 0 || qstrcmp(kind, "Successful") == 0)
+            ends << reports.constLast();
+    }
+    QStringList Of(const QString& kind) const
+    {
+        QStringList texts;
+        const QString prefix = kind + QStringLiteral(": ");
+        for (const QString& report : reports) {
+            if (report.startsWith(prefix))
+                texts << report.mid(prefix.size());
+        }
+        return texts;
+    }
 };
 
-// The application's side of a session: shared state, a main window whose log receives the
+// The application's side of a session: shared state, a log that receives the
 // status lines, and a session whose reports are recorded.
 class FtpSessionHarness {
 public:
     ManualClock clock;
+    LogSink log;
     Globals globals;
-    ScriptedPlatformServices platform;
-    Window1Base window{globals, clock, platform};
     FTPSessionClass session{globals, clock};
-    RecordingStatus* status = new RecordingStatus(globals, &session);
+    RecordingStatus* status = nullptr;
 
     FtpSessionHarness()
     {
+        globals.AttachSink(&log);
         globals.m_Verbose = true;
-        session.FTPStatusInstance.reset(status);
+        InstallRecorder();
     }
 
-    void LogonTo(quint16 port)
+    void InstallRecorder()
     {
-        session.SetLoginInfo(QStringLiteral("127.0.0.1"), QStringLiteral("anonymous"), QStringLiteral("guest@example.org"));
+        auto recorder = std::make_unique<RecordingStatus>(globals, &session);
+        status = recorder.get();
+        session.FTPStatusInstance = std::move(recorder);
+    }
+
+    void LogonTo(quint16 port, const QString& user = QStringLiteral("anonymous"),
+                 const QString& password = QStringLiteral("guest@example.org"))
+    {
+        session.SetLoginInfo(QStringLiteral("127.0.0.1"), user, password);
         session.CommandPort = port;
         session.Logon();
     }
+
+    // Waits, bounded, for the next end report (success or error), taking the
+    // ends one at a time so that two ends in one burst of events are both seen.
+    bool WaitForEnd(int timeoutMs = 10000)
+    {
+        const bool ended = PumpUntil([&] { return status->ends.size() > endsTaken; }, timeoutMs);
+        if (ended)
+            ++endsTaken;
+        return ended;
+    }
+    // The end most recently taken by WaitForEnd.
+    QString LastEnd() const { return endsTaken == 0 ? QString() : status->ends.at(endsTaken - 1); }
+    QStringList LogLines() const { return log.lines; }
     // Starts an operation and returns the end it reports, waiting at most 10 s for it.
     QString EndOf(const std::function<void()>& operation)
     {
         const qsizetype before = status->ends.size();
         operation();
-        (void)QTest::qWaitFor([&] { return status->ends.size() > before; }, 10000);
+        (void)PumpUntil([&] { return status->ends.size() > before; }, 10000);
         return status->ends.value(before, QStringLiteral("(no end)"));
     }
     // Waits at most 10 s until this many ends were reported, and returns them all.
     QStringList Ends(qsizetype count)
     {
-        (void)QTest::qWaitFor([&] { return status->ends.size() >= count; }, 10000);
+        (void)PumpUntil([&] { return status->ends.size() >= count; }, 10000);
         return status->ends;
     }
-    QStringList LogLines() const { return StatusLinesOf(window.StatusField); }
     // Runs every event posted so far.
     static void Settle()
     {
         auto ran = std::make_shared<bool>(false);
         QMetaObject::invokeMethod(qApp, [ran] { *ran = true; }, Qt::QueuedConnection);
-        (void)QTest::qWaitFor([ran] { return *ran; }, 5000);
+        (void)PumpUntil([ran] { return *ran; }, 5000);
     }
+
+private:
+    qsizetype endsTaken = 0;
 };
