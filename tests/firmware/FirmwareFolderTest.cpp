@@ -133,6 +133,8 @@ TEST_F(FirmwareFolder, TypedPathIsCreatedLevelByLevelOnItsVolumeOrRefused)
     QDir().mkpath(root.path() + QStringLiteral("/Stick"));
     Touch(root.path() + QStringLiteral("/plain-file"));
     platform.volumes = {QStringLiteral("/"), root.path() + QStringLiteral("/Stick")};
+    // Beside the temporary folder, under a name no other run uses.
+    const QString escape = QFileInfo(root.path()).fileName() + QStringLiteral("-escape");
     const QString r = root.path(), invalid = QStringLiteral("MyMsgBox: Cannot create folder!\nInvalid Path!");
     struct Row { QString typed; bool answer; QString made, message; }; // made empty: the stored path stays
     const Row rows[] = {
@@ -142,7 +144,7 @@ TEST_F(FirmwareFolder, TypedPathIsCreatedLevelByLevelOnItsVolumeOrRefused)
         {QString(), true, {}, {}},
         {"x/y/z", true, {}, "MyMsgBox: Volume \"x\" does not exist. Cannot create folder.."},
         {r + "/plain-file/sub", true, {}, invalid},
-        {r + "/a/../../escape", true, {}, invalid},
+        {r + "/a/../../" + escape, true, {}, invalid},
     };
     for (const Row& row : rows) {
         platform.calls.clear();
@@ -157,7 +159,7 @@ TEST_F(FirmwareFolder, TypedPathIsCreatedLevelByLevelOnItsVolumeOrRefused)
         EXPECT_EQ(window->FolderPath.Text(), now);
         EXPECT_TRUE(QFileInfo(now).isDir()) << row.typed.toStdString();
     }
-    EXPECT_FALSE(QFileInfo::exists(r + "/new") || QFileInfo::exists(r + "/escape"));
+    EXPECT_FALSE(QFileInfo::exists(r + "/new") || QFileInfo::exists(QFileInfo(r).path() + "/" + escape));
 }
 
 TEST_F(FirmwareFolder, ButtonsRerunTheChecks)
