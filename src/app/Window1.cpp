@@ -1,5 +1,6 @@
 #include "Window1.h"
 
+#include "FirmwareServer.h"
 #include "REALEasyPrefs.h"
 #include "Version.h"
 
@@ -10,6 +11,8 @@ Window1::Window1(Globals& globals, Clock& clock, PlatformServices& platform, Vex
     DisplayStatus.SetVisible(false);
     connect(&SendVexilButton, &PushButton::Action, this, &Window1::SendVexilButton_Action);
     connect(&SendAllTimer, &Timer::Action, this, &Window1::SendAllTimer_Action);
+    connect(&CopyNewFilesButton, &PushButton::Action, this, &Window1::CopyNewFilesButton_Action);
+    connect(&FTPTimer, &Timer::Action, this, &Window1::FTPTimer_Action);
     // Designed size, centred on the main screen, until the preferences say otherwise.
     const QRect screen = platform.AvailableScreen();
     m_bounds = QRect(screen.x() + (screen.width() - DesignWidth) / 2,
@@ -79,8 +82,18 @@ void Window1::Event_Open()
     SetBounds(m_bounds.translated(0, savedTop - m_bounds.top()));
 }
 
+void Window1::CopyNewFilesButton_Action()
+{
+    // A mirror or a test server when the preferences name one; never written back.
+    Download.SetServer(m_prefs.GetPrefString(QStringLiteral("FTPServer"), QString()),
+                       m_prefs.GetPrefNumber(QStringLiteral("FTPPort"), FirmwareServer::kPort));
+    Download.CopyNewFilesButton_Action();
+    FTPTimer.SetMode(Timer::ModeSingle);
+}
+
 void Window1::Event_Close()
 {
+    Download.Event_Close();
     // A window closed during start-up stands off screen: nothing of it is worth keeping.
     if (mStartup)
         return;
