@@ -12,7 +12,9 @@
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
+#include <QTcpServer>
 #include <QTemporaryDir>
+#include <QTest>
 #include <QTimer>
 #include <gtest/gtest.h>
 
@@ -145,4 +147,19 @@ TEST_F(Startup, StoredTabIsKeptButNeverSelectsAnything)
     EXPECT_EQ(window->TabPanel1Value(), 0) << "the panel has one tab";
     window->Event_Close();
     EXPECT_TRUE(PrefsBytes().startsWith("Tab\n3\n"));
+}
+
+TEST_F(Startup, ClosingWhileADownloadWaitsEndsItQuietlyAndKeepsTheServerKeys)
+{
+    QTcpServer silent; // takes the connection and never greets
+    ASSERT_TRUE(silent.listen(QHostAddress::LocalHost));
+    const QByteArray keys = "FTPServer\n127.0.0.1\nFTPPort\n" + QByteArray::number(silent.serverPort()) + "\n";
+    WritePrefs(keys);
+    window->Event_Open();
+    QObject::connect(&silent, &QTcpServer::newConnection, [this] { window->Event_Close(); });
+    window->CopyNewFilesButton.Push();
+    EXPECT_TRUE(QTest::qWaitFor([this] { return window->CopyNewFilesButton.Enabled(); }, 10000));
+    EXPECT_TRUE(PrefsBytes().startsWith(keys + "winLEFT\n")) << "written, the server keys as they were";
+    EXPECT_EQ(platform.calls.filter("MsgBox"), QStringList());
+    EXPECT_EQ(QDir(globals.m_FolderPath).entryList(QDir::Files | QDir::Hidden), QStringList());
 }
