@@ -9,7 +9,7 @@ packages=(
   libhidapi-dev libpugixml-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev
-  python3-pyftpdlib vsftpd srecord openssl strace
+  python3-pyftpdlib vsftpd srecord openssl strace curl
   xvfb x11-apps imagemagick
   qt6-qpa-plugins fonts-dejavu-core
 )

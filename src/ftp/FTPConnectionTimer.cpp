@@ -12,6 +12,12 @@ FTPConnectionTimer::FTPConnectionTimer(FTPSessionClass* session)
 void FTPConnectionTimer::Event_Action()
 {
     stop();
-    if (Session)
-        Session->EndFTPSession(QStringLiteral("Error: The connection timed out. Ending session."));
+    if (!Session)
+        return;
+    // The session may delete this timer inside the report; it then goes later.
+    Firing = true;
+    Session->EndFTPSession(QStringLiteral("Error: The connection timed out. Ending session."));
+    if (!Session)
+        return;
+    Firing = false;
 }

@@ -13,6 +13,8 @@ public:
     explicit FTPConnectionTimer(FTPSessionClass* session);
 
     FTPSessionClass* Session;
+    // True while its own time-out is being handled.
+    bool Firing = false;
 
 private:
     void Event_Action();

@@ -11,6 +11,10 @@
 #include <cstdio>
 #include <utility>
 
+namespace {
+constexpr qint64 kReadBufferBytes = 512 * 1024;
+} // namespace
+
 FTPDataSocket::FTPDataSocket(FTPSessionClass* session)
     : Session(session)
 {
@@ -78,7 +82,7 @@ bool FTPDataSocket::Fail(const QString& text)
 bool FTPDataSocket::PutFileName(const QString& name)
 {
     FileName = name;
-    m_restartPending = false;
+    m_sendAllowed = m_sending = false;
     if (CurrentRole() != Role::ReceiveFile)
         return true;
     // A name from the server is used only as a plain name inside the folder.
@@ -116,7 +120,9 @@ bool FTPDataSocket::OpenReceived(const QString& target, bool restart)
     if (restart && !QFileInfo::exists(temporary) && QFileInfo::exists(target))
         QFile::copy(target, temporary);
     bs = std::make_unique<QFile>(temporary);
-    if (!bs->open(restart ? QIODevice::ReadWrite : QIODevice::WriteOnly | QIODevice::Truncate)) {
+    // Unbuffered: every block received is on disk at once.
+    const QIODevice::OpenMode mode = QIODevice::Unbuffered | (restart ? QIODevice::ReadWrite : QIODevice::WriteOnly | QIODevice::Truncate);
+    if (!bs->open(mode)) {
         bs.reset();
         return Fail("Error writing local file: " + FileName);
     }
@@ -155,14 +161,24 @@ void FTPDataSocket::BeginTransfer()
 
 void FTPDataSocket::SetRestartPosition()
 {
-    // The 213 may come before the connection that opens the file; then the
-    // positioning waits for it.
-    if (!DataStream || !DataStream->isOpen()) {
-        m_restartPending = true;
+    // The 213 may come before the connection that opens the file: the
+    // position is taken from RestartByteCount when sending starts.
+    if (DataStream && DataStream->isOpen() && Session)
+        DataStream->seek(Session->RestartByteCount);
+}
+
+void FTPDataSocket::AllowSending()
+{
+    m_sendAllowed = true;
+    TrySending();
+}
+
+void FTPDataSocket::TrySending()
+{
+    if (!m_sendAllowed || m_sending || !DataStream || !DataStream->isOpen() || !Session)
         return;
-    }
-    m_restartPending = false;
-    DataStream->seek(Session ? Session->RestartByteCount : 0);
+    m_sending = true;
+    DataStream->seek(IsType("RestartPutSingleFile") ? Session->RestartByteCount : 0);
     SendBlock(true);
 }
 
@@ -187,14 +203,17 @@ void FTPDataSocket::ParseDirectoryList(const QString& text)
         if (!Session)
             return;
         const FTPParsedDirListLineClass record = ParseDirListLine(line);
+        // A name that is not plain ("a/b", "..", a link's target path) never
+        // becomes a path of the walk.
+        const bool plain = FTPIsPlainName(record.Name);
         const int index = Session->CurrentDirectoryIndex;
         if (index >= 0 && index < Session->DirList.size()) {
             const std::shared_ptr<FTPDirectoryClass> current = Session->DirList.at(index);
-            if (record.IsDir && record.Name != QLatin1String(".") && record.Name != QLatin1String("..")) {
+            if (record.IsDir && plain) {
                 const QString path = Session->CurrentWorkingDirectory + '/' + record.Name;
                 Session->DirList.append(std::make_shared<FTPDirectoryClass>(path, current->GetName()));
                 current->AddSubDirectory(path);
-            } else if (!record.IsDir && record.IsFile) {
+            } else if (!record.IsDir && record.IsFile && plain) {
                 current->AddFile(record.Name);
             }
         }
@@ -217,6 +236,11 @@ void FTPDataSocket::Attach(QTcpSocket* socket)
         if (socket == m_socket)
             m_probe.Watch(socket->socketDescriptor());
     });
+    // A file goes out one small block per completion: waiting to coalesce
+    // them would cost a delayed acknowledgement per block.
+    socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    // Bounds what waits in memory: the server is held back instead.
+    socket->setReadBufferSize(kReadBufferBytes);
     connect(socket, &QAbstractSocket::connected, this, &FTPDataSocket::Event_Connected, Qt::QueuedConnection);
     connect(socket, &QIODevice::readyRead, this, &FTPDataSocket::Event_DataAvailable, Qt::QueuedConnection);
     connect(socket, &QIODevice::bytesWritten, this, [this, socket] {
@@ -292,10 +316,7 @@ void FTPDataSocket::Event_Connected()
             Fail("Cannot open file: " + FileName);
             return Close();
         }
-        if (!IsType("RestartPutSingleFile"))
-            SendBlock(true);
-        else if (m_restartPending)
-            SetRestartPosition();
+        TrySending();
         if (Session)
             Session->ResetConnectionTimer();
     } else if (role == Role::ReceiveFile || role == Role::ParseListing || IsType("GetDirListImmediate")) {
@@ -305,12 +326,13 @@ void FTPDataSocket::Event_Connected()
 
 void FTPDataSocket::Event_DataAvailable()
 {
-    if (!Session || !m_socket)
+    if (!Session || !m_socket || !m_socket->isOpen())
         return;
     switch (CurrentRole()) {
     case Role::ReceiveFile:
-        // Only this block is held: it goes to the file at once.
-        FileData = m_socket->readAll();
+        // Only this block is held, in the same buffer each time: it goes to the file at once.
+        FileData.resize(m_socket->bytesAvailable());
+        FileData.resize(qMax<qint64>(0, m_socket->read(FileData.data(), FileData.size())));
         if (bs && bs->isOpen()) {
             if (bs->write(FileData) != FileData.size()) {
                 m_writeFailed = true;

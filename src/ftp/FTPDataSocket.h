@@ -50,6 +50,10 @@ public:
     bool PutFileName(const QString& name);
     void SetRestartPosition();
 
+    // The server has opened the upload (150 or 125 to STOR): the first block
+    // goes out once the connection is up too. Sending earlier would reach a
+    // server that has not yet been told what the bytes are.
+    void AllowSending();
     // A transfer starts: what arrives from now on belongs to it.
     void BeginTransfer();
     // The data side of the transfer has closed and nothing is left over.
@@ -85,6 +89,7 @@ private:
     bool OpenReceived(const QString& target, bool restart);
     void CloseReceived();
     void SendBlock(bool first);
+    void TrySending();
     bool Fail(const QString& text);
 
     QTcpServer m_listener;
@@ -93,7 +98,8 @@ private:
     QString m_targetPath;
     int m_lastErrorCode = 0;
     bool m_transferOpen = false;
-    bool m_restartPending = false;
+    bool m_sendAllowed = false;
+    bool m_sending = false;
     bool m_writeFailed = false;
     bool m_polling = false;
 };

@@ -104,9 +104,11 @@ FTPParsedDirListLineClass ParseDirListLine(const QString& line)
         return {};
 
     FTPParsedDirListLineClass record;
+    record.Name = m + 3 == last ? fields[last] : Joined(fields, m + 3);
+    if (record.Name.isEmpty())
+        return {};
     record.ModDate = fields[m] + QLatin1Char(' ') + fields[m + 1];
     record.ModTime = fields[m + 2];
-    record.Name = m + 3 == last ? fields[last] : Joined(fields, m + 3);
     const QChar type = line.isEmpty() ? QChar() : line.front().toLower();
     record.IsDir = type == QLatin1Char('d') || type == QLatin1Char('l');
     record.IsFile = type == QLatin1Char('-') || type == QLatin1Char('l');

@@ -54,7 +54,8 @@ FTPSessionClass::~FTPSessionClass()
     if (ConnectionTimer) {
         ConnectionTimer->stop();
         ConnectionTimer->Session = nullptr;
-        DeleteLater(ConnectionTimer.release());
+        if (ConnectionTimer->Firing)
+            DeleteLater(ConnectionTimer.release());
     }
 }
 

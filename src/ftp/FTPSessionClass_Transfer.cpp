@@ -123,7 +123,10 @@ FTPSessionClass::StepRows FTPSessionClass::SendWalk(const QString& line, bool re
             const QString name = DataSocket ? DataSocket->GetFileName() : QString();
             NextFTPStep("STOR", "STOR " + name, "Send file " + name);
         }},
-        {"STOR", {150, 125}, [this] { DataSocket ? DataSocket->Poll() : void(); }},
+        {"STOR", {150, 125}, [this] {
+            if (DataSocket)
+                DataSocket->AllowSending(), DataSocket->Poll();
+        }},
         {"STOR", {226, 250}, [this] { StopTimer(); ReportSuccess("File Transfer Complete."); }},
     };
 }

@@ -6,11 +6,26 @@
 #include "ManualClock.h"
 #include "StatusSink.h"
 
+#include <QDeadlineTimer>
 #include <QStringList>
 #include <QTest>
+#include <QTimer>
 
 #include <functional>
 #include <memory>
+
+// Runs the event loop until done() or the bound, sleeping only until the next
+// event (QTest::qWaitFor naps 10 ms between passes, which would pace an upload
+// that sends one block per completion event).
+inline bool PumpUntil(const std::function<bool()>& done, int timeoutMs)
+{
+    QDeadlineTimer deadline(timeoutMs);
+    QTimer wake;
+    wake.start(20);
+    while (!done() && !deadline.hasExpired())
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+    return done();
+}
 
 // Globals' lines as the main window's log shows them, without a window; every
 // post, shown or not, counts as activity.
@@ -32,28 +47,37 @@ public:
     using FTPStatusClass::FTPStatusClass;
 
     QStringList reports;
+    // Runs first in every report, with its kind ("Progress", "Error", ...).
+    std::function<void(const QString&)> onReport;
 
     void Error_FTP(const QString& text) override
     {
-        reports << QStringLiteral("Error: ") + text;
+        Note("Error", text);
         FTPStatusClass::Error_FTP(text);
     }
     void Successful_FTP(const QString& text) override
     {
-        reports << QStringLiteral("Successful: ") + text;
+        Note("Successful", text);
         FTPStatusClass::Successful_FTP(text);
     }
     void Response_FTP(const QString& text) override
     {
-        reports << QStringLiteral("Response: ") + text;
+        Note("Response", text);
         FTPStatusClass::Response_FTP(text);
     }
+    void Progress_FTP(qint64) override { onReport ? onReport(QStringLiteral("Progress")) : void(); }
     void Status_FTP(const QString& text) override
     {
-        reports << QStringLiteral("Status: ") + text;
+        Note("Status", text);
         FTPStatusClass::Status_FTP(text);
     }
 
+    void Note(const char* kind, const QString& text)
+    {
+        if (onReport)
+            onReport(QLatin1String(kind));
+        reports << QLatin1String(kind) + QStringLiteral(": ") + text;
+    }
     QStringList Of(const QString& kind) const
     {
         QStringList texts;
@@ -111,7 +135,7 @@ public:
     // ends one at a time so that two ends in one burst of events are both seen.
     bool WaitForEnd(int timeoutMs = 10000)
     {
-        const bool ended = QTest::qWaitFor([&] { return status->Ends().size() > endsTaken; }, timeoutMs);
+        const bool ended = PumpUntil([&] { return status->Ends().size() > endsTaken; }, timeoutMs);
         if (ended)
             ++endsTaken;
         return ended;
