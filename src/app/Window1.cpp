@@ -93,7 +93,6 @@ void Window1::CopyNewFilesButton_Action()
 
 void Window1::Event_Close()
 {
-    Download.Event_Close();
     // A window closed during start-up stands off screen: nothing of it is worth keeping.
     if (mStartup)
         return;
@@ -107,6 +106,8 @@ void Window1::Event_Close()
     m_prefs.SetPrefBoolean(QStringLiteral("TraceMode"), m_globals.m_TraceMode);
     m_prefs.WritePrefsFile();
     hid().Close();
+    // A download waiting inside this close ends at once, and one armed does not start.
+    Download.Event_Close();
 }
 
 void Window1::GetOSVersion()
