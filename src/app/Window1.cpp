@@ -1,5 +1,6 @@
 #include "Window1.h"
 
+#include "FirmwareServer.h"
 #include "REALEasyPrefs.h"
 #include "Version.h"
 
@@ -12,6 +13,8 @@ Window1::Window1(Globals& globals, Clock& clock, PlatformServices& platform, Vex
     DisplayStatus.SetVisible(false);
     connect(&SendVexilButton, &PushButton::Action, this, &Window1::SendVexilButton_Action);
     connect(&SendAllTimer, &Timer::Action, this, &Window1::SendAllTimer_Action);
+    connect(&CopyNewFilesButton, &PushButton::Action, this, &Window1::CopyNewFilesButton_Action);
+    connect(&FTPTimer, &Timer::Action, this, &Window1::FTPTimer_Action);
     // Designed size, centred on the main screen, until the preferences say otherwise.
     const QRect screen = platform.AvailableScreen();
     m_bounds = QRect(screen.x() + (screen.width() - DesignWidth) / 2,
@@ -127,6 +130,15 @@ bool Window1::Event_CancelClose()
     return true;
 }
 
+void Window1::CopyNewFilesButton_Action()
+{
+    // A mirror or a test server when the preferences name one; never written back.
+    Download.SetServer(m_prefs.GetPrefString(QStringLiteral("FTPServer"), QString()),
+                       m_prefs.GetPrefNumber(QStringLiteral("FTPPort"), FirmwareServer::kPort));
+    Download.CopyNewFilesButton_Action();
+    FTPTimer.SetMode(Timer::ModeSingle);
+}
+
 void Window1::Event_Close()
 {
     // A load armed but not yet begun must not start behind a closed window.
@@ -144,6 +156,8 @@ void Window1::Event_Close()
     m_prefs.SetPrefBoolean(QStringLiteral("TraceMode"), m_globals.m_TraceMode);
     m_prefs.WritePrefsFile();
     hid().Close();
+    // A download waiting inside this close ends at once, and one armed does not start.
+    Download.Event_Close();
 }
 
 void Window1::GetOSVersion()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FirmwareDownload.h"
 #include "Label.h"
 #include "MenuItem.h"
 #include "PushButton.h"
@@ -51,6 +52,9 @@ public:
     Timer FTPTimer{250};
     Timer SendAllTimer{250};
 
+    // The download run; the handlers below only start it.
+    FirmwareDownload Download{*this, CopyNewFilesButton};
+
     // The answer of the last question window.
     bool m_MyYesWindowResponse = false;
 
@@ -63,6 +67,9 @@ public:
     void SendVexilButton_Action();
     // The load driver: checks, progress window, the load, and its closing steps.
     void SendAllTimer_Action();
+    void CopyNewFilesButton_Action();
+    void FTPTimer_Action() { DoMacDownload(); }
+    void DoMacDownload() { Download.DoMacDownload(); }
     void GetOSVersion();
     void TabPanel1_Change(int value);
 

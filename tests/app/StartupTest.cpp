@@ -6,6 +6,8 @@
 #include "Window1.h"
 #include "XdgHomes.h"
 
+#include <QTcpServer>
+#include <QTest>
 #include <QTimer>
 #include <gtest/gtest.h>
 
@@ -74,4 +76,19 @@ TEST_F(Startup, CloseDuringStartUpSavesNothing)
     window->Event_Open();
     EXPECT_EQ(homes.Prefs(), "winTOP\n120\n") << "the off-screen top must never reach the file";
     EXPECT_EQ(window->Bounds().top(), 120);
+}
+
+TEST_F(Startup, ClosingWhileADownloadWaitsEndsItQuietlyAndKeepsTheServerKeys)
+{
+    QTcpServer silent; // takes the connection and never greets
+    ASSERT_TRUE(silent.listen(QHostAddress::LocalHost));
+    const QByteArray keys = "FTPServer\n127.0.0.1\nFTPPort\n" + QByteArray::number(silent.serverPort()) + "\n";
+    homes.WritePrefs(keys);
+    window->Event_Open();
+    QObject::connect(&silent, &QTcpServer::newConnection, [this] { window->Event_Close(); });
+    window->CopyNewFilesButton.Push();
+    EXPECT_TRUE(QTest::qWaitFor([this] { return window->CopyNewFilesButton.Enabled(); }, 10000));
+    EXPECT_TRUE(homes.Prefs().startsWith(keys + "winLEFT\n")) << "written, the server keys as they were";
+    EXPECT_EQ(platform.calls.filter("MsgBox"), QStringList());
+    EXPECT_EQ(QDir(globals.m_FolderPath).entryList(QDir::Files | QDir::Hidden), QStringList());
 }

@@ -1,0 +1,67 @@
+#include "FirmwareDownload.h"
+
+#include "FirmwareServer.h"
+#include "PushButton.h"
+#include "Window1Firmware.h"
+
+FirmwareDownload::FirmwareDownload(Window1Firmware& window, PushButton& button)
+    : Ftp(window), m_window(window), m_button(button)
+{
+}
+
+void FirmwareDownload::SetServer(const QString& host, int port)
+{
+    Ftp.ServerHost = host.trimmed().isEmpty() ? QString::fromLatin1(FirmwareServer::kHost) : host.trimmed();
+    Ftp.ServerPort = port > 0 && port <= 65535 ? port : FirmwareServer::kPort;
+}
+
+void FirmwareDownload::CopyNewFilesButton_Action()
+{
+    m_button.SetEnabled(false);
+    m_window.Checklocalfiles();
+    m_window.globals().mRETR = false;
+}
+
+void FirmwareDownload::Tell(const QString& text)
+{
+    if (!Ftp.Abandoned())
+        m_window.platform().MsgBox(text);
+}
+
+void FirmwareDownload::DoMacDownload()
+{
+    Globals& globals = m_window.globals();
+    if (Ftp.Abandoned())
+        return m_button.SetEnabled(true);
+    Ftp.BeginRun(RunBoundMs);
+    int count = 0;
+    if (!Ftp.FTPLogon()) {
+        Tell(QStringLiteral("Logon to Corvane FTP server failed"));
+    } else if (!Ftp.FTPChangeDir(QLatin1String(ServerDirectory))) {
+        Tell(QStringLiteral("Could not find /Vexil/firmware directory on Corvane server"));
+    } else if (const QString listing = Ftp.FTPGetDirectory(); listing == QLatin1String("ERROR")) {
+        Tell(QStringLiteral("Error getting directory listing from ftp server."));
+    } else {
+        const QStringList names = listing.split(QLatin1Char('\n'));
+        Ftp.Session->SetLocalDirectoryPathName(globals.m_FolderPath);
+        Ftp.FTPGetNewHexRevision(names, QLatin1String(FirmwarePrefix), count);
+        const QString notes = QLatin1String(Window1Firmware::ReleaseNotesName);
+        if (count > 0 && names.contains(notes, Qt::CaseInsensitive)) {
+            ++count;
+            Ftp.FTPGetFile(notes);
+        }
+        // The word stays "file" for every count.
+        if (!Ftp.Abandoned() && count > 0)
+            globals.SetStatusText(QStringLiteral("Copied %1 file from Corvane to \"%2\"")
+                                      .arg(QString::number(count), globals.m_FolderPath));
+        else if (!Ftp.Abandoned())
+            globals.SetStatusText(QStringLiteral("Your folder has the most recent Vexil firmware files from Corvane."));
+    }
+    Ftp.FTPLogoff();
+    // A closing window has closed the device link, which stays closed.
+    if (!Ftp.Abandoned()) {
+        m_window.Checklocalfiles();
+        m_window.CheckVexilRevisions();
+    }
+    m_button.SetEnabled(true);
+}
