@@ -25,7 +25,7 @@ namespace {
 
 void BM_DownloadRun(benchmark::State& state)
 {
-    VsftpdServer server;
+    RealFtpServer server(RealFtpServer::Kind::Vsftpd);
     const QString served = server.RootPath() + QStringLiteral("/Vexil/firmware");
     QDir().mkpath(served);
     QFile firmware(served + QStringLiteral("/vexil0112.hex"));

@@ -98,8 +98,7 @@ struct Rig {
     }
 };
 
-template <typename Server>
-void RunAgainst()
+void RunAgainst(RealFtpServer::Kind kind)
 {
     const QByteArray bad = HexFile::Image(0x1D008000, 256, 0, false), notes = "{\\rtf1 }";
     const QString fetched = "Copied \"vexil0112.hex\" from Corvane", failed = "\"vexil0112.hex\" verification failed";
@@ -125,7 +124,7 @@ void RunAgainst()
              "vexil0111.hex", "01.11"}},
         {{}, {"vexil0111.hex"}, {"Error: 550", "MsgBox: Could not find /Vexil/firmware directory on Corvane server", "vexil0111.hex", "01.11"}},
     };
-    Server server;
+    RealFtpServer server(kind);
     QString error;
     ASSERT_TRUE(server.Start(&error)) << error.toStdString();
     const QDir firmware(server.RootPath() + "/Vexil/firmware");
@@ -143,8 +142,8 @@ void RunAgainst()
 
 TEST(DownloadRun, AgainstVsftpdAndPyftpdlib)
 {
-    RunAgainst<VsftpdServer>();
-    RunAgainst<PyftpdlibServer>();
+    RunAgainst(RealFtpServer::Kind::Vsftpd);
+    RunAgainst(RealFtpServer::Kind::Pyftpdlib);
 }
 
 TEST(DownloadRun, AgainstAPeerThatMisbehaves)

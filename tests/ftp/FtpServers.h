@@ -23,6 +23,8 @@ public:
     // Waits, bounded, for the server's 220 greeting; on failure says why.
     bool Start(QString* error);
     quint16 Port() const { return m_port; }
+    // "/" on disk, root's own and not writable by the anonymous user.
+    QString RootPath() const { return m_dir.filePath(QStringLiteral("root")); }
     // "/incoming" on disk. Files put there must be world-readable to be fetched.
     QString IncomingPath() const { return m_dir.filePath(QStringLiteral("root/incoming")); }
     QString CertificatePath() const { return m_dir.filePath(QStringLiteral("cert.pem")); }
