@@ -155,24 +155,6 @@ TEST_F(LogEditingTest, ActivityLogCopiesAndCutsButNeverPastes)
     };
     RunKeys(progress.ActivityLog,
             [&progress](const QString& k, Qt::KeyboardModifiers m) { return progress.ActivityLog_KeyDown(k, m); }, rows);
-
-    const struct { int length, choice; const char *shown, *text, *clipboard; int start, lengthAfter; } menu[] = {
-        {0, 1, "(Copy)|(Cut)|(Delete)", "alpha\nbeta\n", "old", 6, 0},
-        {4, 0, "Copy|Cut|Delete", "alpha\nbeta\n", "beta", 6, 4},
-        {4, 1, "Copy|Cut|Delete", "alpha\n\n", "beta", 7, 0},
-        {4, 2, "Copy|Cut|Delete", "alpha\n\n", "old", 7, 0},
-    };
-    for (const auto& row : menu) {
-        SCOPED_TRACE(row.choice);
-        Prepare(progress.ActivityLog, "alpha\nbeta\n", 6, row.length, "old");
-        platform.popupChoices.enqueue(row.choice);
-        EXPECT_TRUE(progress.ActivityLog_MouseDown(0, 0, true));
-        EXPECT_EQ(platform.calls, QStringList{QStringLiteral("PopupMenu: ") + row.shown});
-        ExpectState(progress.ActivityLog, row.text, row.clipboard, row.start, row.lengthAfter);
-    }
-    platform.calls.clear();
-    EXPECT_FALSE(progress.ActivityLog_MouseDown(0, 0, false));
-    EXPECT_TRUE(platform.calls.isEmpty());
 }
 
 } // namespace

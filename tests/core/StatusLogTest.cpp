@@ -1,13 +1,9 @@
 #include "Globals.h"
 #include "ManualClock.h"
 #include "ScriptedPlatformServices.h"
-#include "ProgressWin.h"
 #include "QtPrinters.h"
 #include "Window1Base.h"
 
-#include <QCoreApplication>
-#include <QPointer>
-#include <QSignalSpy>
 #include <QStringList>
 #include <QTimer>
 
@@ -86,27 +82,6 @@ TEST_F(StatusLogTest, VerboseOnlyLinesNeedVerboseButEveryCallPumpsEvents)
     }
 }
 
-TEST_F(StatusLogTest, ScrollKeepsTheLastEightLinesInView)
-{
-    const struct {
-        int lines;
-        int scroll;
-    } rows[] = {{1, 0}, {5, 0}, {8, 0}, {9, 1}, {20, 12}};
-    QSignalSpy scrolled(&window.StatusField, &TextArea::scrollChanged);
-    int written = 0;
-    for (const auto& row : rows) {
-        while (written < row.lines) {
-            globals.SetStatusText(QStringLiteral("line %1").arg(++written));
-            // The view follows the signal, so every line must announce a valid position.
-            ASSERT_EQ(scrolled.size(), written);
-            EXPECT_GE(scrolled.constLast().at(0).toInt(), 0);
-            EXPECT_EQ(scrolled.constLast().at(0).toInt(), window.StatusField.ScrollPosition());
-        }
-        EXPECT_EQ(window.StatusField.LineOfEnd(), row.lines);
-        EXPECT_EQ(window.StatusField.ScrollPosition(), row.scroll) << row.lines << " lines";
-    }
-}
-
 TEST_F(StatusLogTest, NestedCallFromTimerLandsWholeAfterTheOuterLine)
 {
     QTimer::singleShot(0, &window, [this] {
@@ -115,48 +90,6 @@ TEST_F(StatusLogTest, NestedCallFromTimerLandsWholeAfterTheOuterLine)
     });
     globals.SetStatusText(QStringLiteral("outer"));
     EXPECT_EQ(Lines(), QStringList({"09:05:07 outer", "09:05:08 inner", ""}));
-}
-
-TEST_F(StatusLogTest, ActivityLogHasNoStampAndScrollsToItsEnd)
-{
-    ProgressWin& progress = window.GetProgressWin();
-    QString expected;
-    for (int n = 1; n <= 12; ++n) {
-        const auto pumped = ArmEventProbe();
-        progress.SetActivityLog(QStringLiteral("packet %1").arg(n));
-        expected += QStringLiteral("packet %1\n").arg(n);
-        EXPECT_TRUE(*pumped);
-        EXPECT_EQ(progress.ActivityLog.Text(), expected);
-        EXPECT_EQ(progress.ActivityLog.ScrollPosition(), n);
-    }
-    EXPECT_EQ(window.StatusField.Text(), QString());
-}
-
-TEST_F(StatusLogTest, ClosedProgressWinIsReplacedByAFreshOne)
-{
-    QSignalSpy created(&window, &Window1Base::progressWinCreated);
-    EXPECT_FALSE(window.HasProgressWin());
-    QPointer<ProgressWin> first = &window.GetProgressWin();
-    EXPECT_EQ(&window.GetProgressWin(), first.data());
-    EXPECT_EQ(created.size(), 1);
-
-    first->SetActivityLog(QStringLiteral("Erasing"));
-    first->Show();
-    QSignalSpy closed(first.data(), &ProgressWin::closed);
-    EXPECT_FALSE(first->CloseIt.Push()) << "Close is disabled while loading";
-    EXPECT_TRUE(first->Visible());
-    first->CloseIt.SetEnabled(true);
-    EXPECT_TRUE(first->CloseIt.Push());
-    EXPECT_FALSE(first->Visible());
-    EXPECT_EQ(closed.size(), 1);
-    EXPECT_FALSE(window.HasProgressWin());
-
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    EXPECT_TRUE(first.isNull());
-    ProgressWin& second = window.GetProgressWin();
-    EXPECT_EQ(created.size(), 2);
-    EXPECT_EQ(second.ActivityLog.Text(), QString());
-    EXPECT_FALSE(second.Visible());
 }
 
 } // namespace

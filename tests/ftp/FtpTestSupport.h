@@ -81,16 +81,6 @@ public:
         if (qstrcmp(kind, "Error") == 0 || qstrcmp(kind, "Successful") == 0)
             ends << reports.constLast();
     }
-    QStringList Of(const QString& kind) const
-    {
-        QStringList texts;
-        const QString prefix = kind + QStringLiteral(": ");
-        for (const QString& report : reports) {
-            if (report.startsWith(prefix))
-                texts << report.mid(prefix.size());
-        }
-        return texts;
-    }
 };
 
 // The application's side of a session: shared state, a log that receives the
@@ -125,17 +115,6 @@ public:
         session.Logon();
     }
 
-    // Waits, bounded, for the next end report (success or error), taking the
-    // ends one at a time so that two ends in one burst of events are both seen.
-    bool WaitForEnd(int timeoutMs = 10000)
-    {
-        const bool ended = PumpUntil([&] { return status->ends.size() > endsTaken; }, timeoutMs);
-        if (ended)
-            ++endsTaken;
-        return ended;
-    }
-    // The end most recently taken by WaitForEnd.
-    QString LastEnd() const { return endsTaken == 0 ? QString() : status->ends.at(endsTaken - 1); }
     QStringList LogLines() const { return log.lines; }
     // Starts an operation and returns the end it reports, waiting at most 10 s for it.
     QString EndOf(const std::function<void()>& operation)
@@ -158,7 +137,4 @@ public:
         QMetaObject::invokeMethod(qApp, [ran] { *ran = true; }, Qt::QueuedConnection);
         (void)PumpUntil([ran] { return *ran; }, 5000);
     }
-
-private:
-    qsizetype endsTaken = 0;
 };

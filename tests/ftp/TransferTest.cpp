@@ -36,15 +36,14 @@ protected:
 
     TransferHarness() { session.LocalDirectory = local.path() + '/'; }
     QString Local(const QString& name) const { return local.filePath(name); }
-    QString Do(const std::function<void()>& operation)
+    QString Move(const QString& name, const std::function<void()>& start)
     {
-        operation();
-        return WaitForEnd() ? LastEnd() : QStringLiteral("(no end reported)");
+        session.AddFileName(name);
+        return EndOf(start);
     }
     QString Move(const QString& name, void (FTPSessionClass::*operation)() = &FTPSessionClass::GetSingleFile)
     {
-        session.AddFileName(name);
-        return Do([&] { (session.*operation)(); });
+        return Move(name, [&] { (session.*operation)(); });
     }
 };
 
@@ -66,9 +65,9 @@ TEST_P(RealTransferTest, FilesAndListingsBothWays)
     const QByteArray big = Bytes(3 * 1024 * 1024 + 17);
     ASSERT_TRUE(WriteFile(Served("big.bin"), big) && WriteFile(Served("empty.bin"), {}));
     LogonTo(server.Port());
-    ASSERT_EQ(Do([] {}), QLatin1String("Successful: Connected to Corvane server."));
+    ASSERT_EQ(EndOf([] {}), QLatin1String("Successful: Connected to Corvane server."));
     session.ServerDirectory = QStringLiteral("/incoming");
-    ASSERT_EQ(Do([&] { session.ChangeDir(); }), QLatin1String("Successful: Directory Change Complete."));
+    ASSERT_EQ(EndOf([&] { session.ChangeDir(); }), QLatin1String("Successful: Directory Change Complete."));
 
     // An earlier file of the name is replaced only by the complete new one.
     ASSERT_TRUE(WriteFile(Local("big.bin"), "old"));
@@ -99,7 +98,7 @@ TEST_P(RealTransferTest, FilesAndListingsBothWays)
     for (int form = 0; form < (isVsftpd ? 4 : 3); ++form) { // LIST, LIST -a, NLST, NLST -a (not in pyftpdlib)
         session.UseNameList = form >= 2;
         session.ShowInvisible = form % 2;
-        EXPECT_EQ(Do([&] { session.GetDirList(); }), QLatin1String("Successful: The file list has been transferred."));
+        EXPECT_EQ(EndOf([&] { session.GetDirList(); }), QLatin1String("Successful: The file list has been transferred."));
         EXPECT_TRUE(session.DirectoryFileList.contains(form >= 2 ? "\nbig.bin\r" : " big.bin\r")
                     || session.DirectoryFileList.startsWith("big.bin\r")) << session.DirectoryFileList.toStdString();
     }
@@ -160,7 +159,7 @@ protected:
     {
         server.replies = {"220 Ready\r\n", "331 Password\r\n", "230 In\r\n"};
         LogonTo(server.Port());
-        ASSERT_EQ(Do([] {}), QLatin1String("Successful: Connected to Corvane server."));
+        ASSERT_EQ(EndOf([] {}), QLatin1String("Successful: Connected to Corvane server."));
     }
     // The replies to PASV and TYPE I, then the given ones, line by line.
     void ScriptFront(const DataPeer& data, std::initializer_list<QByteArray> replies)
@@ -176,8 +175,8 @@ TEST_F(ScriptedTransferTest, EndOfFileWaitsForBothTheReplyAndTheDataClose)
     // Names from the server are refused unless plain, and nothing is written.
     for (const char* name : {"../evil", "a/b", "a\\b", "..", ".", "", "bad\x01name", "bad\x7fname"}) {
         session.FTPSessionType = "GetSingleFile";
-        EXPECT_FALSE(session.DataSocket->PutFileName(name)) << name;
-        EXPECT_EQ(WaitForEnd() ? LastEnd() : QString(), "Error: Error writing local file: " + QString(name));
+        EXPECT_EQ(EndOf([&] { EXPECT_FALSE(session.DataSocket->PutFileName(name)) << name; }),
+                  "Error: Error writing local file: " + QString(name));
     }
     EXPECT_EQ(QDir(local.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList{});
     EXPECT_EQ(QDir(local.path() + "/..").entryList({"evil"}), QStringList{});
@@ -208,12 +207,12 @@ TEST_F(ScriptedTransferTest, InterruptedTransfersKeepTheOldFileAndResume)
 
     DataPeer resets(bytes.left(1000), 100, false);
     ScriptFront(resets, {"150 Go\r\n"});
-    session.AddFileName("a.bin");
-    session.GetSingleFile();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return session.DataSocket->ByteCount == 1000; }, 5000));
-    resets.Reset();
-    ASSERT_TRUE(WaitForEnd());
-    EXPECT_EQ(LastEnd(), "Error: Error while receiving the file: 110");
+    EXPECT_EQ(Move("a.bin", [&] {
+                  session.GetSingleFile();
+                  ASSERT_TRUE(QTest::qWaitFor([&] { return session.DataSocket->ByteCount == 1000; }, 5000));
+                  resets.Reset();
+              }),
+              "Error: Error while receiving the file: 110");
     EXPECT_EQ(ReadFile(Local("a.bin")), "complete old file");
 
     DataPeer rest(bytes.mid(1000), 100);
