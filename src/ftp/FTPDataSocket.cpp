@@ -419,6 +419,10 @@ void FTPDataSocket::Event_SendComplete()
         if (!DataStream || !DataStream->isOpen())
             return;
         if (DataStream->atEnd()) {
+            // A close drops what the socket still buffers; the next bytesWritten
+            // brings us back once the last block is on its way.
+            if (m_socket && m_socket->bytesToWrite() > 0)
+                return;
             // Closing the connection tells the server the file is complete.
             UpdateTransferStatus(BytesSent);
             DataStream->close();

@@ -106,11 +106,14 @@ FTPSessionClass::StepRows FTPSessionClass::SendWalk(const QString& line, bool re
             if (CalcSetPassivePort(line))
                 onward(name);
         }},
-        {"NOTPASV", 200, [this] {
+        {"NOTPASV", 200, [=, this] {
+            // A server may connect as soon as it has the port, before its 200:
+            // by then the data side must know which file it sends.
+            send();
             if (OpenActiveDataPort())
                 NextFTPStep("PORT", "PORT " + BuildPortString(), "Set data port to: " + QString::number(DataPort));
         }},
-        {"PORT", 200, [=] { onward(send()); }},
+        {"PORT", 200, [=, this] { onward(DataSocket ? DataSocket->GetFileName() : QString()); }},
         {"SIZE", 213, [=, this] {
             const QStringList parts = line.split(QLatin1Char(' '));
             if (parts.size() != 2 || !DataSocket)
