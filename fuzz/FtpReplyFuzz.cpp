@@ -5,8 +5,7 @@
 // carries a line end, and that the reply helpers agree with small independent
 // readings of the same line.
 //
-// Built with VEXIL_FTP_REPLAY_MAIN it also gets a main() that replays a corpus
-// folder, so the seeds run with every compiler as an ordinary test.
+// CorpusReplay.cpp replays its corpus as an ordinary test.
 
 #include "FTPReply.h"
 #include "FTPSessionClass.h"
@@ -133,27 +132,3 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         CheckHelpers(QString::fromLatin1(line));
     return 0;
 }
-
-#ifdef VEXIL_FTP_REPLAY_MAIN
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <vector>
-
-int main(int argc, char** argv)
-{
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: %s CORPUS_FOLDER\n", argv[0]);
-        return 2;
-    }
-    int count = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(argv[1])) {
-        std::ifstream file(entry.path(), std::ios::binary);
-        const std::vector<char> bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-        LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
-        ++count;
-    }
-    std::printf("%d inputs replayed\n", count);
-    return count > 0 ? 0 : 1;
-}
-#endif
