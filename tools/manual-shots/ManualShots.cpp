@@ -160,7 +160,7 @@ void ShootLoad(ShootingPlatform& platform)
     }
     Settle();
     // The revisions and the activity log, below the folder controls.
-    Save(view, QStringLiteral("log-after-load.png"), QRect(0, 200, view.width(), view.height() - 230));
+    Save(view, QStringLiteral("log-after-load.png"), QRect(0, 206, view.width(), 328));
 }
 
 // No device plugged in: what the first start says.
@@ -172,7 +172,7 @@ void ShootNoDevice(ShootingPlatform& platform)
     App app(clock, device, platform);
     app.Event_Open();
     Window1View& view = *app.view();
-    Save(view, QStringLiteral("no-device.png"), QRect(0, 200, view.width(), view.height() - 230));
+    Save(view, QStringLiteral("no-device.png"), QRect(0, 206, view.width(), 328));
 }
 
 } // namespace
