@@ -1,5 +1,5 @@
 // Photographs the program's windows on the simulated device for the manual:
-//   QT_QPA_PLATFORM=offscreen vexil-manual-shots resources/Help/images
+//   QT_QPA_PLATFORM=offscreen build/default/src/app/vexil-manual-shots resources/Help/images
 // Runs the real application in a scratch home, so nothing of the user's is touched.
 #include "App.h"
 #include "MessageWindow.h"
