@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds the fuzz targets (preset "fuzz": clang, libFuzzer, ASan, UBSan) and
 # runs one of them for the given number of seconds (default 600): hex_reader
-# (the default), prefs_reader, ftp_reply or ftp_dirlist.
+# (the default), prefs_reader, ftp_reply, ftp_dirlist or help_text.
 # It works on a copy of the seed corpus, so the inputs it finds never land in
 # fuzz/corpus/; a crash input is written to build/fuzz/<target>/artifacts/.
 set -euo pipefail
