@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QRandomGenerator>
+#include <QSslCertificate>
 
 #include <gtest/gtest.h>
 
@@ -49,8 +50,8 @@ protected:
 
 const QString kDone = QStringLiteral("Successful: File Transfer Complete.");
 
-// Parameters: vsftpd (else pyftpdlib), passive mode (else active).
-class RealTransferTest : public ::testing::TestWithParam<std::tuple<bool, bool>>, protected TransferHarness {
+// Parameters: vsftpd (else pyftpdlib), passive mode (else active), AUTH TLS.
+class RealTransferTest : public ::testing::TestWithParam<std::tuple<bool, bool, bool>>, protected TransferHarness {
 protected:
     const bool isVsftpd = std::get<0>(GetParam());
     RealFtpServer server{isVsftpd ? RealFtpServer::Kind::Vsftpd : RealFtpServer::Kind::Pyftpdlib};
@@ -62,6 +63,8 @@ TEST_P(RealTransferTest, FilesAndListingsBothWays)
     QString error;
     ASSERT_TRUE(server.Start(&error)) << error.toStdString();
     session.PassiveMode = std::get<1>(GetParam());
+    session.FTPS = std::get<2>(GetParam());
+    session.TrustedCertificates = QSslCertificate::fromPath(server.CertificatePath());
     const QByteArray big = Bytes(3 * 1024 * 1024 + 17);
     ASSERT_TRUE(WriteFile(Served("big.bin"), big) && WriteFile(Served("empty.bin"), {}));
     LogonTo(server.Port());
@@ -116,7 +119,8 @@ TEST_P(RealTransferTest, FilesAndListingsBothWays)
     EXPECT_FALSE(QFileInfo::exists(Local("huge.bin")));
 }
 
-INSTANTIATE_TEST_SUITE_P(Servers, RealTransferTest, ::testing::Combine(::testing::Bool(), ::testing::Bool()));
+INSTANTIATE_TEST_SUITE_P(Servers, RealTransferTest, ::testing::Combine(::testing::Bool(), ::testing::Bool(), ::testing::Values(false)));
+INSTANTIATE_TEST_SUITE_P(Tls, RealTransferTest, ::testing::Combine(::testing::Values(true), ::testing::Bool(), ::testing::Values(true)));
 
 // A passive data port for the scripted peer: once the client connects it
 // waits, sends its bytes, then closes in order or, on Reset(), with a reset.
