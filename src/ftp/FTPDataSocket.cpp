@@ -45,7 +45,9 @@ FTPDataSocket::FTPDataSocket(FTPSessionClass* session)
 
 FTPDataSocket::~FTPDataSocket()
 {
-    if (m_socket)
+    // A closed socket is left alone: the TLS layer's first use may come this
+    // late, when the application that owns it is going away.
+    if (m_socket && m_socket->state() != QAbstractSocket::UnconnectedState)
         m_socket->abort();
 }
 

@@ -238,6 +238,13 @@ TEST_F(ScriptedTransferTest, InterruptedTransfersKeepTheOldFileAndResume)
     EXPECT_EQ(server.received.mid(2), (QStringList{"PASV", "TYPE I", "RETR a.bin", "PASV", "TYPE I", "RETR a.bin",
                                                    "PASV", "TYPE I", "REST 1000", "RETR a.bin", "PASV", "TYPE I",
                                                    "REST 5000", "RETR a.bin", "TYPE I", "PASV", "SIZE up.bin"}));
+
+    // A data connection that cannot be secured after PROT P ends the fetch.
+    session.DataSocket->SetPrivate(true);
+    DataPeer plain(bytes, 100);
+    ScriptFront(plain, {"150 Go\r\n"});
+    EXPECT_EQ(Move("a.bin"), "Error: Error while receiving the file: 108");
+    EXPECT_EQ(ReadFile(Local("a.bin")), bytes);
 }
 
 TEST(ParseDirListLine, UnixAndDirectoryForms)
