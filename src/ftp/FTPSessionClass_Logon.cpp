@@ -10,6 +10,8 @@ void FTPSessionClass::Logon()
 {
     FTPSessionType = QStringLiteral("Logon");
     NT = false;
+    // As in StartGetDirList: the earlier connection goes before the first report.
+    DropSockets(false);
     const auto alive = Alive();
     NextFTPStep(QStringLiteral("CONNECT"), QString(), FirmwareServer::ConnectingMessage());
     if (alive.expired())
