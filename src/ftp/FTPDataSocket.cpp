@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QSslConfiguration>
 
 #include <array>
 #include <cstdio>
@@ -15,16 +16,28 @@ namespace {
 constexpr qint64 kReadBufferBytes = 512 * 1024;
 } // namespace
 
+void FTPDataListener::incomingConnection(qintptr descriptor)
+{
+    auto* socket = new QSslSocket(this);
+    if (socket->setSocketDescriptor(descriptor))
+        addPendingConnection(socket);
+    else
+        delete socket;
+}
+
 FTPDataSocket::FTPDataSocket(FTPSessionClass* session)
     : Session(session)
 {
     connect(&m_listener, &QTcpServer::newConnection, this, [this] {
-        QTcpSocket* accepted = m_listener.nextPendingConnection();
+        auto* accepted = static_cast<QSslSocket*>(m_listener.nextPendingConnection());
         // One connection per PORT command; a second caller is not the server's transfer.
         m_listener.close();
         if (accepted) {
             Attach(accepted);
             m_probe.Watch(accepted->socketDescriptor());
+            // The server connected, yet the client still leads the handshake.
+            if (PrepareTls(accepted))
+                accepted->startClientEncryption();
             QMetaObject::invokeMethod(this, &FTPDataSocket::Event_Connected, Qt::QueuedConnection);
         }
     });
@@ -32,7 +45,9 @@ FTPDataSocket::FTPDataSocket(FTPSessionClass* session)
 
 FTPDataSocket::~FTPDataSocket()
 {
-    if (m_socket)
+    // A closed socket is left alone: the TLS layer's first use may come this
+    // late, when the application that owns it is going away.
+    if (m_socket && m_socket->state() != QAbstractSocket::UnconnectedState)
         m_socket->abort();
 }
 
@@ -221,7 +236,7 @@ void FTPDataSocket::ParseDirectoryList(const QString& text)
     }
 }
 
-void FTPDataSocket::Attach(QTcpSocket* socket)
+void FTPDataSocket::Attach(QSslSocket* socket)
 {
     if (m_socket) {
         m_socket->disconnect(this);
@@ -263,8 +278,22 @@ void FTPDataSocket::Attach(QTcpSocket* socket)
 void FTPDataSocket::Connect(const QString& address, int port)
 {
     m_listener.close();
-    Attach(new QTcpSocket(this));
-    m_socket->connectToHost(address, static_cast<quint16>(port));
+    auto* socket = new QSslSocket(this);
+    Attach(socket);
+    if (PrepareTls(socket))
+        socket->connectToHostEncrypted(address, static_cast<quint16>(port), Session->ServerAddress);
+    else
+        socket->connectToHost(address, static_cast<quint16>(port));
+}
+
+bool FTPDataSocket::PrepareTls(QSslSocket* socket)
+{
+    if (!m_private || !Session || !Session->CommandSocket)
+        return false;
+    // The configuration carries the control connection's session ticket too.
+    socket->setSslConfiguration(Session->CommandSocket->sslConfiguration());
+    socket->setPeerVerifyName(Session->ServerAddress);
+    return true;
 }
 
 bool FTPDataSocket::Listen(const QHostAddress& address, int port)
@@ -280,6 +309,8 @@ void FTPDataSocket::Close()
     if (m_socket) {
         // What a connection we closed reports later is not news.
         m_socket->disconnect(this);
+        // The TLS close comes first: a server reads a bare one as a cut-off upload.
+        m_socket->disconnectFromHost();
         m_socket->close();
     }
 }
@@ -367,6 +398,10 @@ void FTPDataSocket::Event_Error(int code)
     // The last bytes may still wait in the socket when its close is handled.
     if (m_socket && m_socket->bytesAvailable() > 0 && role != Role::SendFile && role != Role::Abort)
         Event_DataAvailable();
+    // A TLS peer's close leaves the connection up until we close it in turn,
+    // and the server may wait for that before its final reply.
+    if (m_socket)
+        m_socket->close();
     if (!Session)
         return;
     const QString number = QString::number(code);

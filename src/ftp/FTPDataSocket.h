@@ -8,12 +8,19 @@
 #include <QHostAddress>
 #include <QObject>
 #include <QPointer>
+#include <QSslSocket>
 #include <QTcpServer>
-#include <QTcpSocket>
 
 #include <memory>
 
 class FTPSessionClass;
+
+// Accepts the server's active-mode connection as a socket that can be
+// secured, as a passive one can.
+class FTPDataListener : public QTcpServer {
+protected:
+    void incomingConnection(qintptr descriptor) override;
+};
 
 // The session's one data connection, made once per log-on and set up again for
 // every transfer: either it connects to the server's passive port, or it
@@ -68,6 +75,10 @@ public:
     // given local address; false when the port cannot be had.
     bool Listen(const QHostAddress& address, int port);
     void Close();
+    // After PROT P every data connection is a TLS client, in both modes, with
+    // the control connection's trust, its peer name and its session resumed
+    // (a server may insist on that, as proof that both come from one client).
+    void SetPrivate(bool on) { m_private = on; }
     // Services the connection now; not again from inside itself.
     void Poll();
     bool IsConnected() const;
@@ -81,7 +92,10 @@ private:
     Role CurrentRole() const;
     bool IsType(const char* type) const;
 
-    void Attach(QTcpSocket* socket);
+    void Attach(QSslSocket* socket);
+    // Gives the socket the control connection's TLS setup; false when the
+    // connection stays plain.
+    bool PrepareTls(QSslSocket* socket);
     void Event_Connected();
     void Event_DataAvailable();
     void Event_Error(int code);
@@ -92,8 +106,8 @@ private:
     void TrySending();
     bool Fail(const QString& text);
 
-    QTcpServer m_listener;
-    QPointer<QTcpSocket> m_socket;
+    FTPDataListener m_listener;
+    QPointer<QSslSocket> m_socket;
     FTPResetProbe m_probe;
     QString m_targetPath;
     int m_lastErrorCode = 0;
@@ -102,4 +116,5 @@ private:
     bool m_sending = false;
     bool m_writeFailed = false;
     bool m_polling = false;
+    bool m_private = false;
 };

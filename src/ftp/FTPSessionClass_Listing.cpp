@@ -14,6 +14,9 @@ void FTPSessionClass::StartGetDirList()
     DirectoryFileList.clear();
     Buffer.clear();
     NT = false;
+    // Late replies of an earlier connection (an aborted transfer's) must not
+    // reach the new sequence while its first report runs the event loop.
+    DropSockets(false);
     const auto alive = Alive();
     NextFTPStep("CONNECT", QString(), "Start Get Directory List Sequence");
     if (alive.expired())

@@ -10,6 +10,8 @@ void FTPSessionClass::Logon()
 {
     FTPSessionType = QStringLiteral("Logon");
     NT = false;
+    // As in StartGetDirList: the earlier connection goes before the first report.
+    DropSockets(false);
     const auto alive = Alive();
     NextFTPStep(QStringLiteral("CONNECT"), QString(), FirmwareServer::ConnectingMessage());
     if (alive.expired())
@@ -28,11 +30,13 @@ void FTPSessionClass::OpenConnection()
     if (FTPS) {
         CommandSocket->SetConnectionType(FTPCommandSocket::kConnectionTypeTLS);
         CommandSocket->SetSecure(false);
-        if (!TrustedCertificates.isEmpty()) {
-            QSslConfiguration configuration = CommandSocket->sslConfiguration();
+        QSslConfiguration configuration = CommandSocket->sslConfiguration();
+        // Adding even none would stop the system's roots loading on demand.
+        if (!TrustedCertificates.isEmpty())
             configuration.addCaCertificates(TrustedCertificates);
-            CommandSocket->setSslConfiguration(configuration);
-        }
+        // The data connections resume this connection's session.
+        configuration.setSslOption(QSsl::SslOptionDisableSessionPersistence, false);
+        CommandSocket->setSslConfiguration(configuration);
     }
     CommandSocket->Connect(ServerAddress, CommandPort);
 }
@@ -77,8 +81,13 @@ FTPSessionClass::StepRows FTPSessionClass::LogonFront(const QString& line, Codes
                 NextFTPStep("PBSZ", "PBSZ 0", "Sending PBSZ");
         }},
         {"PBSZ", 200, [this] { NextFTPStep("PROT", "PROT P", "Sending PROT"); }},
-        // A refusal of a private data channel (534) still lets the log-on go on.
-        {"PROT", {200, 534}, user},
+        {"PROT", 200, [=, this] {
+            if (DataSocket)
+                DataSocket->SetPrivate(true);
+            user();
+        }},
+        // A refusal of a private data channel still lets the log-on go on, in plain.
+        {"PROT", 534, user},
         {"USER", userCodes, [this] { NextFTPStep("PASS", "PASS " + ServerPassword, "Send Password"); }},
     };
 }

@@ -165,10 +165,6 @@ ScriptedFtpPeer::ScriptedFtpPeer()
         });
         Reply(0);
     });
-    connect(&m_data, &QTcpServer::newConnection, this, [this] {
-        while (m_data.nextPendingConnection())
-            ++dataConnections;
-    });
 }
 
 ScriptedFtpPeer::~ScriptedFtpPeer()
@@ -176,12 +172,6 @@ ScriptedFtpPeer::~ScriptedFtpPeer()
     // The socket goes with the listener and must not reach a half-destroyed peer.
     if (m_client)
         m_client->disconnect(this);
-}
-
-quint16 ScriptedFtpPeer::OpenDataListener()
-{
-    m_data.listen(QHostAddress::LocalHost, 0);
-    return m_data.serverPort();
 }
 
 void ScriptedFtpPeer::Reply(qsizetype index)

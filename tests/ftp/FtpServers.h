@@ -51,21 +51,17 @@ public:
 
     quint16 Port() const { return m_listener.serverPort(); }
     void Send(const QByteArray& bytes) { m_client->write(bytes); }
-    // A listener for passive data connections, counted in dataConnections.
-    quint16 OpenDataListener();
 
     QList<QByteArray> replies;
     // Close the connection once the last reply has been sent.
     bool closeAfterLast = false;
     QStringList received;
-    int dataConnections = 0;
     bool clientClosed = false;
 
 private:
     void Reply(qsizetype index);
 
     QTcpServer m_listener;
-    QTcpServer m_data;
     QTcpSocket* m_client = nullptr;
     QByteArray m_buffer;
 };

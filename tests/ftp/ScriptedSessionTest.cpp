@@ -87,25 +87,15 @@ TEST_F(ScriptedSessionTest, SilenceEndsTheOperationButKeepsTheConnection)
     EXPECT_FALSE(peer.clientClosed);
 }
 
+// Right after the log-on: reported, and the next operation sends nothing.
 TEST_F(ScriptedSessionTest, ServerClosesTheConnection)
 {
-    // Right after the log-on: reported, and the next operation sends nothing.
     peer.replies = Logon();
     peer.closeAfterLast = true;
     LogonTo(peer.Port());
     EXPECT_EQ(Ends(2), (QStringList{kConnected, QStringLiteral("Error: Error: 102")}));
     EXPECT_EQ(EndOf([&] { session.ChangeDir(); }), QLatin1String("Error: Connection Lost."));
     EXPECT_EQ(session.GetFTPSessionType(), QLatin1String("Logon"));
-
-    // At once after the reply to QUIT: the expected end of a log-off, not reported.
-    ScriptedFtpPeer quitting;
-    quitting.replies = Logon({"221 Goodbye.\r\n"});
-    quitting.closeAfterLast = true;
-    EXPECT_EQ(EndOf([&] { LogonTo(quitting.Port()); }), kConnected);
-    EXPECT_EQ(EndOf([&] { session.Logoff(); }), QLatin1String("Successful: Logoff Complete."));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return session.CommandSocket && session.CommandSocket->LastErrorCode() != 0; }, 5000));
-    Settle();
-    EXPECT_EQ(status->ends.size(), 5);
 }
 
 TEST_F(ScriptedSessionTest, OneCommandOperationsSendTheirCommandAndTakeTheirCode)
@@ -147,26 +137,6 @@ TEST_F(ScriptedSessionTest, OneCommandOperationsSendTheirCommandAndTakeTheirCode
         ASSERT_TRUE(session.SocketsActive()) << "a refused command must not cost the connection";
     }
     EXPECT_EQ(peer.received, commands);
-}
-
-TEST_F(ScriptedSessionTest, PassiveDataConnectionGoesToTheControlPeerOnAValidPort)
-{
-    const quint16 port = peer.OpenDataListener();
-    // The second reply names another host; the connection must still reach this one.
-    peer.replies = Logon({"227 Entering Passive Mode (127,0,0,1,300,1).\r\n",
-                          "227 Entering Passive Mode (10,0,0,5," + QByteArray::number(port / 256) + ","
-                              + QByteArray::number(port % 256) + ").\r\n",
-                          "200 Type set to I.\r\n", "250 Deleted.\r\n"});
-    LogOn();
-    EXPECT_EQ(EndOf([&] { session.DeleteSingleFile(); }),
-              QLatin1String("Error: Error: The server's passive mode reply names no valid port: "
-                            "227 Entering Passive Mode (127,0,0,1,300,1)."));
-    session.AddFileName(QStringLiteral("vexil0100.hex"));
-    EXPECT_EQ(EndOf([&] { session.DeleteSingleFile(); }), QLatin1String("Successful: File has been deleted."));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return peer.dataConnections == 1; }, 5000));
-    EXPECT_EQ(peer.received, (QStringList{QStringLiteral("USER anonymous"), QStringLiteral("PASS guest@example.org"),
-                                          QStringLiteral("PASV"), QStringLiteral("PASV"), QStringLiteral("TYPE I"),
-                                          QStringLiteral("DELE vexil0100.hex")}));
 }
 
 } // namespace

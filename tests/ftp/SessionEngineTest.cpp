@@ -12,11 +12,10 @@ TEST_F(SessionEngineTest, DefaultsOfBothConstructors)
 {
     FTPSessionClass tagged(globals, clock, QStringLiteral("firmware"));
     for (const FTPSessionClass* s : {&session, &tagged}) {
-        EXPECT_EQ(std::tuple(s->Timeout, s->CommandPort, s->DataPortStart, s->DataPortEnd, s->PassiveMode, s->ServerTextEncoding),
-                  std::tuple(20000, 21, 30003, 30100, true, QStringConverter::Latin1));
+        EXPECT_EQ(std::tuple(s->Timeout, s->CommandPort, s->DataPortStart, s->DataPortEnd, s->PassiveMode, s->ServerTextEncoding,
+                             s->FTPTransferType, s->ConnectionTimer->isActive()),
+                  std::tuple(20000, 21, 30003, 30100, true, QStringConverter::Latin1, QStringLiteral("I"), false));
         EXPECT_TRUE(s->DataPort >= 30003 && s->DataPort < 30100) << s->DataPort;
-        EXPECT_EQ(s->FTPTransferType, QLatin1String("I"));
-        EXPECT_FALSE(s->ConnectionTimer->isActive());
     }
     clock.Advance(2'500'000);
     EXPECT_DOUBLE_EQ(session.CalcSessionTime(), 2.5);

@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QRandomGenerator>
+#include <QSslCertificate>
 
 #include <gtest/gtest.h>
 
@@ -49,8 +50,8 @@ protected:
 
 const QString kDone = QStringLiteral("Successful: File Transfer Complete.");
 
-// Parameters: vsftpd (else pyftpdlib), passive mode (else active).
-class RealTransferTest : public ::testing::TestWithParam<std::tuple<bool, bool>>, protected TransferHarness {
+// Parameters: vsftpd (else pyftpdlib), passive mode (else active), AUTH TLS.
+class RealTransferTest : public ::testing::TestWithParam<std::tuple<bool, bool, bool>>, protected TransferHarness {
 protected:
     const bool isVsftpd = std::get<0>(GetParam());
     RealFtpServer server{isVsftpd ? RealFtpServer::Kind::Vsftpd : RealFtpServer::Kind::Pyftpdlib};
@@ -62,6 +63,8 @@ TEST_P(RealTransferTest, FilesAndListingsBothWays)
     QString error;
     ASSERT_TRUE(server.Start(&error)) << error.toStdString();
     session.PassiveMode = std::get<1>(GetParam());
+    session.FTPS = std::get<2>(GetParam());
+    session.TrustedCertificates = QSslCertificate::fromPath(server.CertificatePath());
     const QByteArray big = Bytes(3 * 1024 * 1024 + 17);
     ASSERT_TRUE(WriteFile(Served("big.bin"), big) && WriteFile(Served("empty.bin"), {}));
     LogonTo(server.Port());
@@ -114,9 +117,14 @@ TEST_P(RealTransferTest, FilesAndListingsBothWays)
     ASSERT_TRUE(WriteFile(Served("huge.bin"), Bytes(64 * 1024 * 1024)));
     EXPECT_NE(Move("huge.bin"), kDone);
     EXPECT_FALSE(QFileInfo::exists(Local("huge.bin")));
+
+    // The self-connecting listing logs on again, lists /incoming and logs off.
+    EXPECT_EQ(EndOf([&] { session.StartGetDirList(); }), QLatin1String("Successful: The file list has been transferred."));
+    EXPECT_TRUE(session.DirectoryFileList.contains("block.bin")) << session.DirectoryFileList.toStdString();
 }
 
-INSTANTIATE_TEST_SUITE_P(Servers, RealTransferTest, ::testing::Combine(::testing::Bool(), ::testing::Bool()));
+INSTANTIATE_TEST_SUITE_P(Servers, RealTransferTest, ::testing::Combine(::testing::Bool(), ::testing::Bool(), ::testing::Values(false)));
+INSTANTIATE_TEST_SUITE_P(Tls, RealTransferTest, ::testing::Combine(::testing::Values(true), ::testing::Bool(), ::testing::Values(true)));
 
 // A passive data port for the scripted peer: once the client connects it
 // waits, sends its bytes, then closes in order or, on Reset(), with a reset.
@@ -194,6 +202,16 @@ TEST_F(ScriptedTransferTest, EndOfFileWaitsForBothTheReplyAndTheDataClose)
     EXPECT_EQ(Move("b.bin"), kDone);
     EXPECT_EQ(ReadFile(Local("b.bin")), bytes);
     EXPECT_EQ(server.received.mid(2), (QStringList{"PASV", "TYPE I", "RETR a.bin", "NOOP", "PASV", "TYPE I", "RETR b.bin"}));
+
+    server.replies << "227 Entering Passive Mode (127,0,0,1,300,1).\r\n";
+    EXPECT_EQ(Move("c.bin"), "Error: Error: The server's passive mode reply names no valid port: "
+                             "227 Entering Passive Mode (127,0,0,1,300,1).");
+    // Deletion takes a plain name inside the folder, or an item where it is.
+    session.DeleteLocalFile("../" + QDir(local.path()).dirName() + "/a.bin");
+    session.DeleteLocalFile("b.bin");
+    EXPECT_EQ(QDir(local.path()).entryList(QDir::Files), QStringList{"a.bin"});
+    session.DeleteLocalFile(QFileInfo(Local("a.bin")));
+    EXPECT_EQ(QDir(local.path()).entryList(QDir::Files), QStringList{});
 }
 
 TEST_F(ScriptedTransferTest, InterruptedTransfersKeepTheOldFileAndResume)
@@ -234,6 +252,13 @@ TEST_F(ScriptedTransferTest, InterruptedTransfersKeepTheOldFileAndResume)
     EXPECT_EQ(server.received.mid(2), (QStringList{"PASV", "TYPE I", "RETR a.bin", "PASV", "TYPE I", "RETR a.bin",
                                                    "PASV", "TYPE I", "REST 1000", "RETR a.bin", "PASV", "TYPE I",
                                                    "REST 5000", "RETR a.bin", "TYPE I", "PASV", "SIZE up.bin"}));
+
+    // A data connection that cannot be secured after PROT P ends the fetch.
+    session.DataSocket->SetPrivate(true);
+    DataPeer plain(bytes, 100);
+    ScriptFront(plain, {"150 Go\r\n"});
+    EXPECT_EQ(Move("a.bin"), "Error: Error while receiving the file: 108");
+    EXPECT_EQ(ReadFile(Local("a.bin")), bytes);
 }
 
 TEST(ParseDirListLine, UnixAndDirectoryForms)
@@ -261,6 +286,30 @@ TEST(ParseDirListLine, UnixAndDirectoryForms)
     }
     EXPECT_EQ(FTPSessionClass::ParseDirListLine(rows[0].line).Permissions, "rwxr-xr-x");
     EXPECT_EQ(FTPSessionClass::Squeeze("a  b\t\tc  ", " \t"), "a b\tc ");
+}
+
+// A listing fills the walk's tree with plain names only; the walk takes them from the end.
+TEST(ParseDirectoryList, FillsTheTreeThatTheWalkTakesFromTheEnd)
+{
+    FtpSessionHarness h;
+    h.session.DirList = {std::make_shared<FTPDirectoryClass>("/top", "")};
+    h.session.CurrentWorkingDirectory = "/top";
+    FTPDataSocket(&h.session).ParseDirectoryList(
+        "drwxr-xr-x 2 o g 4096 Jan 12 09:30 a\r\n-rw-r--r-- 1 o g 5 Jan 12 09:30 f1\ndrwxr-xr-x 2 o g 0 Jan 1 09:30 ..\r"
+        "-rw-r--r-- 1 o g 5 Jan 12 09:30 x/y\r\ndrwxr-xr-x 2 o g 4096 Jan 12 09:30 b\n-rw-r--r-- 1 o g 5 Jan 12 09:30 f2");
+    ASSERT_EQ(h.session.DirList.size(), 3);
+    FTPDirectoryClass& top = *h.session.DirList.first();
+    EXPECT_EQ(h.session.DirList.last()->GetName() + '<' + h.session.DirList.last()->GetParentDirectoryName(), "/top/b</top");
+    EXPECT_EQ(top.Files, (QStringList{"f1", "f2"}));
+    top.DeleteFile("f2");
+    EXPECT_EQ(top.GetNextFileName() + QString::number(top.GetFileCount()), "f10");
+    EXPECT_EQ(top.GetCurrentSubDirectoryName() + QString::number(top.GetSubDirectoryCount()), "/top/b1");
+    QStringList walked;
+    for (int i = 0; i < 3; ++i)
+        walked << top.GetNextSubDirectoryName();
+    EXPECT_EQ(walked, (QStringList{"/top/b", "/top/a", ""}));
+    top.DeleteSubDirectory("/top/b");
+    EXPECT_EQ(top.SubDirectories, QStringList{"/top/a"});
 }
 
 TEST(SessionLifetime, DeletedInsideAnyOfItsReports)
