@@ -56,15 +56,7 @@ void FTPSessionClass::ExecuteGetDirListImmediateSteps(const QString& line, int c
 void FTPSessionClass::ExecuteGetDirListSteps(const QString& line, int code)
 {
     const auto typeA = [this] { NextFTPStep("TYPE", "TYPE A", "Change transfer type to ASCII."); };
-    RunSteps(line, code, FinalTest::A, LogonFront(line, {331, 230}) + StepRows{
-        {"PASS", 230, [=, this] {
-            const QString dir = GetServerDirectoryPathName();
-            if (dir.isEmpty())
-                typeA();
-            else
-                NextFTPStep("CWD", "CWD " + dir, "Change directory to: " + dir);
-        }},
-        {"CWD", 250, typeA},
+    RunSteps(line, code, FinalTest::A, LogonPrefix(line, typeA) + StepRows{
         {"TYPE", 200, [this] { EnterDataFront(); }},
     } + ListingWalk(line, [this] { NextFTPStep("QUIT", "QUIT", "FTP Session Complete."); })
       + StepRows{QuitEnd("The file list has been transferred.")});

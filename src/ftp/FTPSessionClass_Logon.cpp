@@ -83,6 +83,20 @@ FTPSessionClass::StepRows FTPSessionClass::LogonFront(const QString& line, Codes
     };
 }
 
+FTPSessionClass::StepRows FTPSessionClass::LogonPrefix(const QString& line, std::function<void()> then, const char* cwdStep)
+{
+    return LogonFront(line, {331, 230}) + StepRows{
+        {"PASS", 230, [=, this] {
+            const QString dir = GetServerDirectoryPathName();
+            if (dir.isEmpty())
+                then();
+            else
+                NextFTPStep(cwdStep, "CWD " + dir, "Change directory to: " + dir);
+        }},
+        {cwdStep, 250, then},
+    };
+}
+
 FTPSessionClass::StepRow FTPSessionClass::QuitEnd(const QString& text)
 {
     return {"QUIT", kAnyCode, [this, text] {
