@@ -159,10 +159,10 @@ public:
     // Sequences over lists of files and whole directory trees: the Start...
     // forms connect and log on for themselves and end with QUIT, the others
     // run on a logged-on session and leave it open.
-    void StartGetFile();
-    void StartPutFile();
-    void StartDeleteFile();
-    void StartRenameFile();
+    void StartGetFile() { StartSequence("GetFile", "CONNECT", "Start Get File Sequence"); }
+    void StartPutFile() { StartSequence("PutFile", "CONNECT", "Start Put File Sequence"); }
+    void StartDeleteFile() { StartSequence("DeleteFile", "CONNECT", "Start Delete File Sequence"); }
+    void StartRenameFile() { StartSequence("RenameFile", "CONNECT", "Start Rename File Sequence"); }
     void StartGetDir();
     void StartPutDir();
     void StartDeleteDir();
@@ -173,8 +173,8 @@ public:
     // when the path is missing (the session is ended) or the session went away.
     bool GetFiles(const QString& prefix, const QString& path);
     // Parts of a path are separated by FileDelimiter or by "/".
-    QString GetDirFromPath(const QString& path) const;
-    QString GetFileFromPath(const QString& path) const;
+    QString GetDirFromPath(const QString& path) const { return path.left(PathCut(path)); }
+    QString GetFileFromPath(const QString& path) const { return path.mid(PathCut(path)); }
     QString UpOneLocalDirectory(const QString& path) const;
     // The index in DirList of the directory whose Name is path, -1 if none.
     int GetCurrentDirectoryIndex(const QString& path) const;
@@ -223,10 +223,10 @@ public:
     void ExecutePutFileSteps(const QString& line, int code);
     void ExecuteDeleteFileSteps(const QString& line, int code);
     void ExecuteRenameFileSteps(const QString& line, int code);
-    void ExecuteGetDirSteps(const QString& line, int code);
-    void ExecuteGetDirImmediateSteps(const QString& line, int code);
-    void ExecuteDeleteDirSteps(const QString& line, int code);
-    void ExecuteDeleteDirImmediateSteps(const QString& line, int code);
+    void ExecuteGetDirSteps(const QString& line, int code) { RunTreeWalk(line, code, false, true); }
+    void ExecuteGetDirImmediateSteps(const QString& line, int code) { RunTreeWalk(line, code, false, false); }
+    void ExecuteDeleteDirSteps(const QString& line, int code) { RunTreeWalk(line, code, true, true); }
+    void ExecuteDeleteDirImmediateSteps(const QString& line, int code) { RunTreeWalk(line, code, true, false); }
     void ExecutePutDirSteps(const QString& line, int code);
     void ExecutePutDirImmediateSteps(const QString& line, int code);
 
@@ -310,6 +310,8 @@ private:
     // made and may stop it.
     void StartSequence(const QString& type, const QString& step, const QString& text,
                        const std::function<bool()>& prepare = {});
+    // The log-on of a list sequence, then its LOOP into the data front.
+    StepRows ListFront(const QString& line);
     // The next file of a list sequence, or QUIT when none is left.
     void LoopOrQuit();
     // The tree walk from the top directory's data front on; done runs when the
@@ -319,9 +321,10 @@ private:
     StepRows UploadWalk(const QString& line, std::function<void()> done);
     // A walk starts afresh at ServerDirectory.
     void ResetWalk();
-    // DirList's entry for CurrentWorkingDirectory; ends the session with oops
-    // and the directory when there is none.
-    int WalkedIndex(const char* oops);
+    void RunTreeWalk(const QString& line, int code, bool deleting, bool connecting);
+    // DirList's entry for CurrentWorkingDirectory, its index made current; ends
+    // the session with oops and the directory when there is none.
+    FTPDirectoryClass* WalkedDirectory(const char* oops);
     // Enters the local folder for the server directory sub; false (nothing
     // made) for a name that is not a plain one.
     bool EnterLocalFolder(const QString& sub);

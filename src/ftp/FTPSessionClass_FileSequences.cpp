@@ -19,26 +19,6 @@ void FTPSessionClass::StartSequence(const QString& type, const QString& step, co
     OpenConnection();
 }
 
-void FTPSessionClass::StartGetFile()
-{
-    StartSequence("GetFile", "CONNECT", "Start Get File Sequence");
-}
-
-void FTPSessionClass::StartPutFile()
-{
-    StartSequence("PutFile", "CONNECT", "Start Put File Sequence");
-}
-
-void FTPSessionClass::StartDeleteFile()
-{
-    StartSequence("DeleteFile", "CONNECT", "Start Delete File Sequence");
-}
-
-void FTPSessionClass::StartRenameFile()
-{
-    StartSequence("RenameFile", "CONNECT", "Start Rename File Sequence");
-}
-
 void FTPSessionClass::LoopOrQuit()
 {
     if (GetFileCount() < 0)
@@ -49,12 +29,16 @@ void FTPSessionClass::LoopOrQuit()
     NextFTPStep("LOOP", "NOOP", QString());
 }
 
+FTPSessionClass::StepRows FTPSessionClass::ListFront(const QString& line)
+{
+    return LogonPrefix(line, [this] { NextFTPStep("LOOP", "NOOP", QString()); }) + StepRows{
+        {"LOOP", 200, [this] { EnterDataFront(); }},
+    };
+}
+
 void FTPSessionClass::ExecuteGetFileSteps(const QString& line, int code)
 {
-    const auto loop = [this] { NextFTPStep("LOOP", "NOOP", QString()); };
-    RunSteps(line, code, FinalTest::B, LogonPrefix(line, loop) + StepRows{
-        {"LOOP", 200, [this] { EnterDataFront(); }},
-    } + DataFront(line, {"TYPE", "TYPE " + FTPTransferType, "Change transfer type."})
+    RunSteps(line, code, FinalTest::B, ListFront(line) + DataFront(line, {"TYPE", "TYPE " + FTPTransferType, "Change transfer type."})
       + ReceiveWalk(false, [this] { LoopOrQuit(); })
       + StepRows{QuitEnd("File Transfer Complete.")});
 }
@@ -72,24 +56,19 @@ void FTPSessionClass::ExecutePutFileSteps(const QString& line, int code)
 
 void FTPSessionClass::ExecuteDeleteFileSteps(const QString& line, int code)
 {
-    const auto loop = [this] { NextFTPStep("LOOP", "NOOP", QString()); };
-    RunSteps(line, code, FinalTest::B, LogonPrefix(line, loop) + StepRows{
-        {"LOOP", 200, [this] { EnterDataFront(); }},
+    RunSteps(line, code, FinalTest::B, ListFront(line) + StepRows{
         {"DELE", 250, [this] { LoopOrQuit(); }},
     } + DeleteWalk(line) + StepRows{QuitEnd("File has been deleted.")});
 }
 
 void FTPSessionClass::ExecuteRenameFileSteps(const QString& line, int code)
 {
-    const auto loop = [this] { NextFTPStep("LOOP", "NOOP", QString()); };
     // The old name is taken first, from the end of Files.
     const auto send = [this](const char* step, const QString& command, const QString& text) {
         const QString name = GetNextFileName();
         NextFTPStep(step, command + name, text + name);
     };
-    RunSteps(line, code, FinalTest::A, LogonPrefix(line, loop) + StepRows{
-        {"LOOP", 200, [this] { EnterDataFront(); }},
-    } + DataFront(line, {"TYPE", "TYPE " + FTPTransferType, "Change transfer type."}) + StepRows{
+    RunSteps(line, code, FinalTest::A, ListFront(line) + DataFront(line, {"TYPE", "TYPE " + FTPTransferType, "Change transfer type."}) + StepRows{
         {"TYPE", 200, [this] { NextFTPStep("FROM", "NOOP", "Renaming file."); }},
         {"FROM", 200, [=] { send("TO", "RNFR ", "Renaming file."); }},
         {"TO", 350, [=] { send("DONE", "RNTO ", " to: "); }},

@@ -10,18 +10,8 @@ void FTPSessionClass::GetDirList()
 
 void FTPSessionClass::StartGetDirList()
 {
-    FTPSessionType = "GetDirList";
     DirectoryFileList.clear();
-    Buffer.clear();
-    NT = false;
-    const auto alive = Alive();
-    NextFTPStep("CONNECT", QString(), "Start Get Directory List Sequence");
-    if (alive.expired())
-        return;
-    IgnoreCancel = false;
-    CurrentDirectoryIndex = 0;
-    ResetConnectionTimer();
-    OpenConnection();
+    StartSequence("GetDirList", "CONNECT", "Start Get Directory List Sequence", [this] { return CurrentDirectoryIndex = 0, true; });
 }
 
 QString FTPSessionClass::ListCommand() const

@@ -30,19 +30,15 @@ void FTPSessionClass::StartDeleteDir()
 
 void FTPSessionClass::GetDir()
 {
-    if (!EnterOperation("GetDirImmediate"))
-        return;
-    ResetWalk();
-    NextFTPStep("START", "NOOP", "Start Get Directory Sequence");
+    if (EnterOperation("GetDirImmediate"))
+        ResetWalk(), NextFTPStep("START", "NOOP", "Start Get Directory Sequence");
 }
 
 void FTPSessionClass::DeleteDir()
 {
     DeleteDirectory = ServerDirectory;
-    if (!EnterOperation("DeleteDirImmediate"))
-        return;
-    ResetWalk();
-    NextFTPStep("START", "NOOP", "Start Delete Directory Sequence");
+    if (EnterOperation("DeleteDirImmediate"))
+        ResetWalk(), NextFTPStep("START", "NOOP", "Start Delete Directory Sequence");
 }
 
 qsizetype FTPSessionClass::PathCut(const QString& path) const
@@ -50,16 +46,6 @@ qsizetype FTPSessionClass::PathCut(const QString& path) const
     qsizetype cut = path.lastIndexOf(QLatin1Char('/')) + 1;
     const qsizetype at = FileDelimiter.isEmpty() ? -1 : path.lastIndexOf(FileDelimiter);
     return at < 0 ? cut : qMax(cut, at + FileDelimiter.size());
-}
-
-QString FTPSessionClass::GetDirFromPath(const QString& path) const
-{
-    return path.left(PathCut(path));
-}
-
-QString FTPSessionClass::GetFileFromPath(const QString& path) const
-{
-    return path.mid(PathCut(path));
 }
 
 QString FTPSessionClass::UpOneLocalDirectory(const QString& path) const
@@ -81,12 +67,15 @@ int FTPSessionClass::GetCurrentDirectoryIndex(const QString& path) const
     return -1;
 }
 
-int FTPSessionClass::WalkedIndex(const char* oops)
+FTPDirectoryClass* FTPSessionClass::WalkedDirectory(const char* oops)
 {
     const int index = GetCurrentDirectoryIndex(CurrentWorkingDirectory);
-    if (index < 0)
+    if (index < 0) {
         EndFTPSession(QLatin1String(oops) + CurrentWorkingDirectory);
-    return index;
+        return nullptr;
+    }
+    CurrentDirectoryIndex = index;
+    return DirList.at(index).get();
 }
 
 bool FTPSessionClass::EnterLocalFolder(const QString& sub)
@@ -115,19 +104,19 @@ FTPSessionClass::StepRows FTPSessionClass::TreeWalk(const QString& line, bool de
     const auto listing = [this] { return "Get full directory list for " + CurrentWorkingDirectory; };
     const auto poll = [this] { DataSocket ? DataSocket->Poll() : void(); };
     const auto nextSubdirectory = [this] { NextFTPStep("NEXTSUBDIR", "NOOP", "Next subdirectory."); };
+    const auto parentPwd = [this] { NextFTPStep("PARENTPWD", "PWD", "Handle parent directory Get working directory for "); };
 
     StepRows rows = DataFront(line, [=, this] {
         const auto top = DirList.value(CurrentDirectoryIndex);
         cwd(top ? top->GetName() : QString(), "Change directory to: ");
-    }) + StepRows{
+    }) + DataFront(line, [=, this] { cwd(CurrentWorkingDirectory, "Handle Subdirectory Change directory to: "); }, subFront)
+       + StepRows{
         {"CWD", 250, [this] { NextFTPStep("PWD", "PWD", "Get working directory for "); }},
         {"PWD", 257, [=, this] {
             CurrentWorkingDirectory = line.section(QLatin1Char('"'), 1, 1);
             // Only a directory the walk knows is listed, and so deleted from.
-            const int index = WalkedIndex("oops ");
-            if (index < 0 || !DataSocket)
+            if (!WalkedDirectory("oops ") || !DataSocket)
                 return;
-            CurrentDirectoryIndex = index;
             DataSocket->SetFileList();
             DataSocket->BeginTransfer();
             NextFTPStep("LIST", "LIST -a", listing());
@@ -135,17 +124,16 @@ FTPSessionClass::StepRows FTPSessionClass::TreeWalk(const QString& line, bool de
         {"LIST", {150, 125}, poll},
         {"LIST", 226, [=, this] { NextDataPort(); NextFTPStep(loop, "NOOP", listing()); }},
         {"NEXTSUBDIR", 200, [=, this] {
-            const int index = WalkedIndex("NEXTSUBDIR oops ");
-            if (index < 0)
+            FTPDirectoryClass* directory = WalkedDirectory("NEXTSUBDIR oops ");
+            const QString sub = directory ? directory->GetNextSubDirectoryName() : QString();
+            if (!directory)
                 return;
-            CurrentDirectoryIndex = index;
-            const QString sub = DirList.at(index)->GetNextSubDirectoryName();
             if (sub.isEmpty())
                 return NextFTPStep("PARENT", "CDUP", "Handle Subdirectory Handle parent directory ");
             const int subIndex = GetCurrentDirectoryIndex(sub);
+            const quint64 ends = m_endCount;
             if (subIndex < 0)
                 return EndFTPSession("NEXTSUBDIR oops " + sub);
-            const quint64 ends = m_endCount;
             if (!deleting && !EnterLocalFolder(sub)) {
                 // A name the local side cannot hold is passed over with its subtree.
                 if (m_endCount == ends)
@@ -159,17 +147,15 @@ FTPSessionClass::StepRows FTPSessionClass::TreeWalk(const QString& line, bool de
             EnterDataFront(subFront);
         }},
         {"PARENT", 250, [=, this] {
-            const int index = WalkedIndex("PARENT oops ");
-            if (index < 0)
+            if (!WalkedDirectory("PARENT oops "))
                 return;
-            const QString finished = DirList.takeAt(index)->GetName();
-            if (DirList.isEmpty() && deleting)
-                return NextFTPStep("REMOVETOPDIR", "RMD " + DeleteDirectory, "Delete: " + DeleteDirectory);
-            if (DirList.isEmpty())
-                return done();
-            if (deleting)
-                return NextFTPStep("REMOVESUBDIR", "RMD " + finished, "Delete: " + finished);
-            NextFTPStep("PARENTPWD", "PWD", "Handle parent directory Get working directory for ");
+            const QString finished = DirList.takeAt(CurrentDirectoryIndex)->GetName();
+            if (!DirList.isEmpty())
+                deleting ? NextFTPStep("REMOVESUBDIR", "RMD " + finished, "Delete: " + finished) : parentPwd();
+            else if (deleting)
+                NextFTPStep("REMOVETOPDIR", "RMD " + DeleteDirectory, "Delete: " + DeleteDirectory);
+            else
+                done();
         }},
         {"PARENTPWD", 257, [=, this] {
             CurrentWorkingDirectory = line.section(QLatin1Char('"'), 1, 1);
@@ -178,30 +164,38 @@ FTPSessionClass::StepRows FTPSessionClass::TreeWalk(const QString& line, bool de
             NextFTPStep("NEXTSUBDIR", "NOOP", "Handle parent directory Next subdirectory.");
         }},
     };
-    // The next step waits until the listing has been read into DirList.
+    // The loop over a directory's files waits until its listing is in DirList.
     if (deleting) {
         return rows + StepRows{
             DataEnd("DELETEFILELOOP", listing(), [=, this] {
-                const int index = WalkedIndex("oops ");
-                if (index < 0)
-                    return;
-                const QString name = DirList.at(index)->GetNextFileName();
-                if (name.isEmpty())
-                    return nextSubdirectory();
-                NextFTPStep("DELETE", "DELE " + name, "Deleting " + name);
+                FTPDirectoryClass* directory = WalkedDirectory("oops ");
+                const QString name = directory ? directory->GetNextFileName() : QString();
+                if (directory && name.isEmpty())
+                    nextSubdirectory();
+                else if (directory)
+                    NextFTPStep("DELETE", "DELE " + name, "Deleting " + name);
             }),
             {"DELETE", 250, [this] {
-                const int index = WalkedIndex("oops ");
-                if (index < 0)
-                    return;
-                DirList.at(index)->DeleteFile(DirList.at(index)->GetNextFileName());
-                NextFTPStep("DELETEFILELOOP", "NOOP", "Deleting file...");
+                if (FTPDirectoryClass* directory = WalkedDirectory("oops "))
+                    directory->DeleteFile(directory->GetNextFileName()), NextFTPStep("DELETEFILELOOP", "NOOP", "Deleting file...");
             }},
-            {"REMOVESUBDIR", 250, [this] { NextFTPStep("PARENTPWD", "PWD", "Handle parent directory Get working directory for "); }},
+            {"REMOVESUBDIR", 250, parentPwd},
             {"REMOVETOPDIR", 250, done},
-        } + DataFront(line, [=, this] { cwd(CurrentWorkingDirectory, "Handle Subdirectory Change directory to: "); }, subFront);
+        };
     }
-    return rows + StepRows{
+    return rows + DataFront(line, [=, this] {
+        FTPDirectoryClass* directory = WalkedDirectory("NEXTPORT oops ");
+        const QString name = directory ? directory->GetNextFileName() : QString();
+        if (!directory || !DataSocket)
+            return;
+        if (name.isEmpty()) {
+            // The unused data connection goes before the server drops it.
+            DataSocket->Close();
+            return nextSubdirectory();
+        }
+        if (DataSocket->PutFileName(name))
+            NextFTPStep("GETFILE", "RETR " + name, "Get file " + name);
+    }, fileFront) + StepRows{
         DataEnd("GETFILELOOP", listing(), [this] {
             if (DataSocket)
                 DataSocket->FileList = false; // what comes next are files
@@ -211,61 +205,25 @@ FTPSessionClass::StepRows FTPSessionClass::TreeWalk(const QString& line, bool de
         {"GETFILE", {150, 125}, poll},
         {"GETFILE", 226, [this] { NextFTPStep("FILEEND", "NOOP", "Get file "); }},
         DataEnd("FILEEND", "Get file ", [this] {
-            if (!CommitReceived())
+            FTPDirectoryClass* directory = CommitReceived() ? WalkedDirectory("oops ") : nullptr;
+            if (!directory)
                 return;
-            const int index = WalkedIndex("oops ");
-            if (index < 0)
-                return;
-            DirList.at(index)->DeleteFile(DataSocket->GetFileName());
+            directory->DeleteFile(DataSocket->GetFileName());
             NextDataPort();
             NextFTPStep("GETFILELOOP", "NOOP", "Next file");
         }),
-    } + DataFront(line, [=, this] {
-        const int index = WalkedIndex("NEXTPORT oops ");
-        if (index < 0 || !DataSocket)
-            return;
-        const QString name = DirList.at(index)->GetNextFileName();
-        if (name.isEmpty()) {
-            // The unused data connection goes before the server drops it.
-            DataSocket->Close();
-            return nextSubdirectory();
-        }
-        if (DataSocket->PutFileName(name))
-            NextFTPStep("GETFILE", "RETR " + name, "Get file " + name);
-    }, fileFront) + DataFront(line, [=, this] { cwd(CurrentWorkingDirectory, "Handle Subdirectory Change directory to: "); }, subFront);
+    };
 }
 
-void FTPSessionClass::ExecuteGetDirImmediateSteps(const QString& line, int code)
+void FTPSessionClass::RunTreeWalk(const QString& line, int code, bool deleting, bool connecting)
 {
-    RunSteps(line, code, FinalTest::A, TreeWalk(line, false, [this] {
-        StopTimer();
-        ReportSuccess("Directory Transfer Complete.");
-    }));
-}
-
-void FTPSessionClass::ExecuteDeleteDirImmediateSteps(const QString& line, int code)
-{
-    RunSteps(line, code, FinalTest::A, TreeWalk(line, true, [this] {
-        StopTimer();
-        ReportSuccess("The directory has been deleted.");
-    }));
-}
-
-void FTPSessionClass::ExecuteGetDirSteps(const QString& line, int code)
-{
+    const QString end = deleting ? "The directory has been deleted." : "Directory Transfer Complete.";
+    if (!connecting)
+        return RunSteps(line, code, FinalTest::A, TreeWalk(line, deleting, [=, this] { StopTimer(); ReportSuccess(end); }));
     const auto type = [this] { NextFTPStep("TYPE", "TYPE " + FTPTransferType, "Change transfer type."); };
     // The walk has a CWD step of its own.
     RunSteps(line, code, FinalTest::A, LogonPrefix(line, type, "LOGONCWD") + StepRows{
         {"TYPE", 200, [this] { EnterDataFront(); }},
-    } + TreeWalk(line, false, [this] { NextFTPStep("QUIT", "QUIT", "FTP Session Complete."); })
-      + StepRows{QuitEnd("Directory Transfer Complete.")});
-}
-
-void FTPSessionClass::ExecuteDeleteDirSteps(const QString& line, int code)
-{
-    const auto type = [this] { NextFTPStep("TYPE", "TYPE " + FTPTransferType, "Change transfer type."); };
-    RunSteps(line, code, FinalTest::A, LogonPrefix(line, type, "LOGONCWD") + StepRows{
-        {"TYPE", 200, [this] { EnterDataFront(); }},
-    } + TreeWalk(line, true, [this] { NextFTPStep("QUIT", "QUIT", "FTP Session Complete."); })
-      + StepRows{QuitEnd("The directory has been deleted.")});
+    } + TreeWalk(line, deleting, [this] { NextFTPStep("QUIT", "QUIT", "FTP Session Complete."); })
+      + StepRows{QuitEnd(end)});
 }

@@ -76,36 +76,37 @@ TEST_P(RealTreeTest, TreesAndFileListsEveryWay)
     ASSERT_TRUE(server.Start(&error)) << error.toStdString();
     session.SetLoginInfo("127.0.0.1", "anonymous", "guest@example.org");
     session.PassiveMode = std::get<1>(GetParam());
-    // Three levels below the top, one an empty folder; the zero-length file is not uploaded.
+    // Three levels with an empty folder beside the deep one; the zero-length file is not uploaded.
     Write(Local("src/tree/a.bin"), Bytes(5000, 1));
     Write(Local("src/tree/empty.bin"), {});
     Write(Local("src/tree/sub1/b.bin"), Bytes(3000, 2));
     Write(Local("src/tree/sub1/sub2/c.bin"), Bytes(2048, 3));
-    QDir().mkpath(Local("src/tree/sub1/sub2/hollow"));
+    QDir().mkpath(Local("src/tree/hollow"));
     for (const char* folder : {"get1", "get2", "get3"})
         QDir().mkpath(Local(folder));
     Write(Served("keep.bin"), "kept");
     const QStringList kept = Tree(server.IncomingPath());
-    QStringList expected = Tree(Local("src/tree")).filter(QRegularExpression("^(?!empty.bin)"));
+    const QStringList expected = Tree(Local("src/tree")).filter(QRegularExpression("^(?!empty.bin)"));
 
     EXPECT_EQ(Run("/incoming", Local("src/tree/"), &FTPSessionClass::StartPutDir), "Successful: Directory Transfer Complete.");
     EXPECT_EQ(Tree(Served("tree")), expected);
-    EXPECT_EQ(Transcript(), "CWD /incoming,MKD tree,CWD tree,TYPE I,DATA,STOR a.bin,CWD sub1,MKD sub1,CWD sub1,DATA,STOR b.bin,"
-                            "CWD sub2,MKD sub2,CWD sub2,DATA,STOR c.bin,CWD hollow,MKD hollow,CWD hollow,CDUP,CDUP,CDUP,CDUP,QUIT");
+    EXPECT_EQ(Transcript(), "CWD /incoming,MKD tree,CWD tree,TYPE I,DATA,STOR a.bin,CWD hollow,MKD hollow,CWD hollow,CDUP,CWD sub1,"
+                            "MKD sub1,CWD sub1,DATA,STOR b.bin,CWD sub2,MKD sub2,CWD sub2,DATA,STOR c.bin,CDUP,CDUP,CDUP,QUIT");
 
+    // Subdirectories are walked in the reverse order of the listing.
     EXPECT_EQ(Run("/incoming/tree", Local("get1"), &FTPSessionClass::StartGetDir), "Successful: Directory Transfer Complete.");
     EXPECT_EQ(Tree(Local("get1")), expected);
-    const QString walk = "DATA,CWD /incoming/tree,PWD,LIST -a,%1DATA,CWD /incoming/tree/sub1,PWD,LIST -a,%2"
-                         "DATA,CWD /incoming/tree/sub1/sub2,PWD,LIST -a,%3DATA,CWD /incoming/tree/sub1/sub2/hollow,PWD,LIST -a,";
-    const QString up = "CDUP,PWD,CDUP,PWD,CDUP,PWD,CDUP,";
-    EXPECT_EQ(Transcript(), ("CWD /incoming/tree,TYPE I," + walk.arg("TYPE I,DATA,RETR a.bin,TYPE I,DATA,", "TYPE I,DATA,RETR b.bin,TYPE I,DATA,",
-                                                                     "TYPE I,DATA,RETR c.bin,TYPE I,DATA,") + "TYPE I,DATA," + up + "QUIT").toStdString());
+    const QString walk = "CWD /incoming/tree,TYPE I,DATA,CWD /incoming/tree,PWD,LIST -a,%1DATA,CWD /incoming/tree/sub1,PWD,LIST -a,%2"
+                         "DATA,CWD /incoming/tree/sub1/sub2,PWD,LIST -a,%3";
+    const QString get = "TYPE I,DATA,RETR %1,TYPE I,DATA,";
+    EXPECT_EQ(Transcript(), (walk.arg(get.arg("a.bin"), get.arg("b.bin"), get.arg("c.bin"))
+                             + "CDUP,PWD,CDUP,PWD,DATA,CWD /incoming/tree/hollow,PWD,LIST -a,TYPE I,DATA,CDUP,PWD,CDUP,QUIT").toStdString());
 
     EXPECT_EQ(Run("/incoming/tree", {}, &FTPSessionClass::StartDeleteDir), "Successful: The directory has been deleted.");
     EXPECT_EQ(Tree(server.IncomingPath()), kept);
-    const QString rmd = "CDUP,RMD /incoming/tree/sub1/sub2/hollow,PWD,CDUP,RMD /incoming/tree/sub1/sub2,PWD,"
-                        "CDUP,RMD /incoming/tree/sub1,PWD,CDUP,RMD /incoming/tree,QUIT";
-    EXPECT_EQ(Transcript(), ("CWD /incoming/tree,TYPE I," + walk.arg("DELE a.bin,", "DELE b.bin,", "DELE c.bin,") + rmd).toStdString());
+    EXPECT_EQ(Transcript(), (walk.arg("DELE a.bin,", "DELE b.bin,", "DELE c.bin,") + "CDUP,RMD /incoming/tree/sub1/sub2,PWD,CDUP,"
+                             "RMD /incoming/tree/sub1,PWD,DATA,CWD /incoming/tree/hollow,PWD,LIST -a,CDUP,RMD /incoming/tree/hollow,"
+                             "PWD,CDUP,RMD /incoming/tree,QUIT").toStdString());
 
     // The same on one logged-on session; the upload enters the folder given and makes what it holds.
     ASSERT_EQ(EndOf([&] { LogonTo(server.Port()); }), QStringLiteral("Successful: Connected to Corvane server."));
