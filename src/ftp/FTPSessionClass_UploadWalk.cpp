@@ -53,20 +53,17 @@ bool FTPSessionClass::CollectUploadList()
 
 void FTPSessionClass::StartPutDir()
 {
+    // The list is made first, so a missing folder costs no connection.
     StartSequence("PutDir", "GETFILES", "Start Put Directory Sequence", [this] {
-        if (!CollectUploadList())
-            return false;
-        CurrentFTPStep = QStringLiteral("CONNECT");
-        return true;
+        const auto alive = Alive();
+        return CollectUploadList() && (NextFTPStep("CONNECT", QString(), "Connecting..."), !alive.expired());
     });
 }
 
 void FTPSessionClass::PutDir()
 {
-    if (!EnterOperation("PutDirImmediate"))
-        return;
-    Paths.clear();
-    NextFTPStep("GETFILES", "NOOP", "Start Put Directory Sequence");
+    if (EnterOperation("PutDirImmediate"))
+        Paths.clear(), NextFTPStep("GETFILES", "NOOP", "Start Put Directory Sequence");
 }
 
 FTPSessionClass::StepRows FTPSessionClass::UploadWalk(const QString& line, std::function<void()> done)
@@ -136,10 +133,7 @@ FTPSessionClass::StepRows FTPSessionClass::UploadWalk(const QString& line, std::
 
 void FTPSessionClass::ExecutePutDirImmediateSteps(const QString& line, int code)
 {
-    RunSteps(line, code, FinalTest::A, UploadWalk(line, [this] {
-        StopTimer();
-        ReportSuccess("Directory Transfer Complete.");
-    }));
+    RunSteps(line, code, FinalTest::A, UploadWalk(line, [this] { StopTimer(); ReportSuccess("Directory Transfer Complete."); }));
 }
 
 void FTPSessionClass::ExecutePutDirSteps(const QString& line, int code)
