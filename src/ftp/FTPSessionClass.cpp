@@ -211,20 +211,30 @@ void FTPSessionClass::Dispatch(const QString& line, int code)
         const char* type;
         Machine machine;
     };
-    // In the order of testing; operations not built into this client have no row.
-    static const std::array<Route, 21> routes{{
+    // In the order of testing.
+    static const std::array<Route, 31> routes{{
         {"AbortTransfer", &FTPSessionClass::ExecuteAbortTransferSteps},
         {"ChangeDir", &FTPSessionClass::ExecuteChangeDirSteps},
         {"ParentDir", &FTPSessionClass::ExecuteParentDirSteps},
+        {"PutDir", &FTPSessionClass::ExecutePutDirSteps},
+        {"PutDirImmediate", &FTPSessionClass::ExecutePutDirImmediateSteps},
+        {"PutFile", &FTPSessionClass::ExecutePutFileSteps},
         {"PutSingleFile", &FTPSessionClass::ExecutePutSingleFileSteps},
         {"RestartPutSingleFile", &FTPSessionClass::ExecuteRestartPutSingleFileSteps},
         {"GetDirList", &FTPSessionClass::ExecuteGetDirListSteps},
         {"GetDirListImmediate", &FTPSessionClass::ExecuteGetDirListImmediateSteps},
+        {"GetFile", &FTPSessionClass::ExecuteGetFileSteps},
         {"GetSingleFile", &FTPSessionClass::ExecuteGetSingleFileSteps},
         {"RestartGetSingleFile", &FTPSessionClass::ExecuteRestartGetSingleFileSteps},
+        {"GetDir", &FTPSessionClass::ExecuteGetDirSteps},
+        {"GetDirImmediate", &FTPSessionClass::ExecuteGetDirImmediateSteps},
+        {"DeleteFile", &FTPSessionClass::ExecuteDeleteFileSteps},
         {"DeleteSingleFile", &FTPSessionClass::ExecuteDeleteSingleFileSteps},
+        {"DeleteDir", &FTPSessionClass::ExecuteDeleteDirSteps},
+        {"DeleteDirImmediate", &FTPSessionClass::ExecuteDeleteDirImmediateSteps},
         {"RemoveDir", &FTPSessionClass::ExecuteRemoveDirSteps},
         {"MakeDir", &FTPSessionClass::ExecuteMakeDirSteps},
+        {"RenameFile", &FTPSessionClass::ExecuteRenameFileSteps},
         {"RenameSingleFile", &FTPSessionClass::ExecuteRenameSingleFileSteps},
         {"ChmodSingleFile", &FTPSessionClass::ExecuteChmodSingleFileSteps},
         {"GetWorkingDir", &FTPSessionClass::ExecuteGetWorkingDirSteps},

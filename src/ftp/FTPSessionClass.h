@@ -24,6 +24,14 @@
 class Clock;
 class Globals;
 
+// The step names of a data front, and the prefix of its status texts.
+struct FTPDataFrontSteps {
+    const char* pasv = "PASV";
+    const char* notpasv = "NOTPASV";
+    const char* port = "PORT";
+    const char* text = "";
+};
+
 // One FTP session: one control connection, one data connection, one inactivity
 // timer and one status sink. Nothing blocks: an operation sends its first
 // command and returns; each final reply line then moves its step machine one
@@ -148,6 +156,29 @@ public:
     void GetDirList();
     void StartGetDirList();
 
+    // Sequences over lists of files and whole directory trees: the Start...
+    // forms connect and log on for themselves and end with QUIT, the others
+    // run on a logged-on session and leave it open.
+    void StartGetFile() { StartSequence("GetFile", "CONNECT", "Start Get File Sequence"); }
+    void StartPutFile() { StartSequence("PutFile", "CONNECT", "Start Put File Sequence"); }
+    void StartDeleteFile() { StartSequence("DeleteFile", "CONNECT", "Start Delete File Sequence"); }
+    void StartRenameFile() { StartSequence("RenameFile", "CONNECT", "Start Rename File Sequence"); }
+    void StartGetDir();
+    void StartPutDir();
+    void StartDeleteDir();
+    void GetDir();
+    void PutDir();
+    void DeleteDir();
+    // Appends the local tree at path to the upload list (Files, Paths); false
+    // when the path is missing (the session is ended) or the session went away.
+    bool GetFiles(const QString& prefix, const QString& path);
+    // Parts of a path are separated by FileDelimiter or by "/".
+    QString GetDirFromPath(const QString& path) const { return path.left(PathCut(path)); }
+    QString GetFileFromPath(const QString& path) const { return path.mid(PathCut(path)); }
+    QString UpOneLocalDirectory(const QString& path) const;
+    // The index in DirList of the directory whose Name is path, -1 if none.
+    int GetCurrentDirectoryIndex(const QString& path) const;
+
     // Local files: only plain names inside LocalDirectory are touched.
     void DeleteLocalFile(const QString& name);
     void DeleteLocalFile(const QFileInfo& item);
@@ -188,6 +219,16 @@ public:
     void ExecuteRestartPutSingleFileSteps(const QString& line, int code);
     void ExecuteGetDirListSteps(const QString& line, int code);
     void ExecuteGetDirListImmediateSteps(const QString& line, int code);
+    void ExecuteGetFileSteps(const QString& line, int code);
+    void ExecutePutFileSteps(const QString& line, int code);
+    void ExecuteDeleteFileSteps(const QString& line, int code);
+    void ExecuteRenameFileSteps(const QString& line, int code);
+    void ExecuteGetDirSteps(const QString& line, int code) { RunTreeWalk(line, code, false, true); }
+    void ExecuteGetDirImmediateSteps(const QString& line, int code) { RunTreeWalk(line, code, false, false); }
+    void ExecuteDeleteDirSteps(const QString& line, int code) { RunTreeWalk(line, code, true, true); }
+    void ExecuteDeleteDirImmediateSteps(const QString& line, int code) { RunTreeWalk(line, code, true, false); }
+    void ExecutePutDirSteps(const QString& line, int code);
+    void ExecutePutDirImmediateSteps(const QString& line, int code);
 
     // Events of the control connection, forwarded by the socket.
     void CommandDataAvailable(FTPCommandSocket* socket);
@@ -235,11 +276,17 @@ private:
     // unknown step, ends the session.
     void RunSteps(const QString& line, int code, FinalTest test, const StepRows& rows);
 
+    using DataFrontSteps = FTPDataFrontSteps;
+
     // The families that repeat.
     // PASV or NOTPASV, by PassiveMode (the START row of the data front).
-    void EnterDataFront();
+    void EnterDataFront(const DataFrontSteps& steps = {});
     // PASV, NOTPASV and PORT: the data side opened, then on to next.
     StepRows DataFront(const QString& line, const StepCommand& next);
+    StepRows DataFront(const QString& line, std::function<void()> onward, const DataFrontSteps& steps = {});
+    // The log-on of a self-connecting sequence, then CWD ServerDirectory (in a
+    // step of the given name) when one is set, then then.
+    StepRows LogonPrefix(const QString& line, std::function<void()> then, const char* cwdStep = "CWD");
     // The wait for the data close: the step repeats with a real NOOP until
     // the data side has closed, then done runs.
     StepRow DataEnd(const char* step, const QString& statusText, std::function<void()> done);
@@ -249,12 +296,40 @@ private:
     StepRow QuitEnd(const QString& text);
     // PASV to LISTEND of a listing, then done.
     StepRows ListingWalk(const QString& line, std::function<void()> done);
-    // The receiving walk from TYPE on; restart sends REST before RETR.
-    StepRows ReceiveWalk(bool restart);
+    // The receiving walk from TYPE on; restart sends REST before RETR. After
+    // the file is complete, done runs, or else success is reported.
+    StepRows ReceiveWalk(bool restart, std::function<void()> done = {});
+    // TYPE, DELETEFILE and DELE of a delete behind its data front.
+    StepRows DeleteWalk(const QString& line);
     // The sending walk; restart asks SIZE and sends REST before STOR.
     StepRows SendWalk(const QString& line, bool restart);
-    // The end of a received file: the temporary file renamed over the target.
-    void FinishReceivedFile();
+    // The end of a received file: the temporary file renamed over the target;
+    // false when that failed and the session has been ended.
+    bool CommitReceived();
+    // The entry of a Start... sequence; prepare runs before the connection is
+    // made and may stop it.
+    void StartSequence(const QString& type, const QString& step, const QString& text,
+                       const std::function<bool()>& prepare = {});
+    // The log-on of a list sequence, then its LOOP into the data front.
+    StepRows ListFront(const QString& line);
+    // The next file of a list sequence, or QUIT when none is left.
+    void LoopOrQuit();
+    // The tree walk from the top directory's data front on; done runs when the
+    // whole tree has been walked (and, deleting, its top removed).
+    StepRows TreeWalk(const QString& line, bool deleting, std::function<void()> done);
+    // The upload walk from GETFILES on; done runs after the last element.
+    StepRows UploadWalk(const QString& line, std::function<void()> done);
+    // A walk starts afresh at ServerDirectory.
+    void ResetWalk();
+    void RunTreeWalk(const QString& line, int code, bool deleting, bool connecting);
+    // DirList's entry for CurrentWorkingDirectory, its index made current; ends
+    // the session with oops and the directory when there is none.
+    FTPDirectoryClass* WalkedDirectory(const char* oops);
+    // Enters the local folder for the server directory sub; false (nothing
+    // made) for a name that is not a plain one.
+    bool EnterLocalFolder(const QString& sub);
+    bool CollectUploadList();
+    qsizetype PathCut(const QString& path) const;
     QString ListCommand() const;
 
     void Construct();

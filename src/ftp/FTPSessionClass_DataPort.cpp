@@ -72,28 +72,35 @@ bool FTPSessionClass::OpenActiveDataPort()
     return false;
 }
 
-void FTPSessionClass::EnterDataFront()
+void FTPSessionClass::EnterDataFront(const DataFrontSteps& steps)
 {
+    const QString text = QLatin1String(steps.text);
     if (PassiveMode)
-        NextFTPStep("PASV", "PASV", "Passive Mode");
+        NextFTPStep(steps.pasv, "PASV", text + "Passive Mode");
     else
-        NextFTPStep("NOTPASV", "NOOP", QString());
+        NextFTPStep(steps.notpasv, "NOOP", text + "Active Mode");
 }
 
 FTPSessionClass::StepRows FTPSessionClass::DataFront(const QString& line, const StepCommand& next)
 {
-    const auto onward = [this, next] { NextFTPStep(next.step, next.command, next.statusText); };
+    return DataFront(line, [this, next] { NextFTPStep(next.step, next.command, next.statusText); });
+}
+
+FTPSessionClass::StepRows FTPSessionClass::DataFront(const QString& line, std::function<void()> onward,
+                                                     const DataFrontSteps& steps)
+{
+    const QString text = QLatin1String(steps.text);
     return {
         {"START", kAnyCode, [this] { EnterDataFront(); }},
-        {"PASV", 227, [=, this] {
+        {steps.pasv, 227, [=, this] {
             if (CalcSetPassivePort(line))
-                onward();
+                NextFTPStep(steps.port, "NOOP", text + "Connect to host-supplied port.");
         }},
-        {"NOTPASV", 200, [this] {
+        {steps.notpasv, 200, [=, this] {
             if (OpenActiveDataPort())
-                NextFTPStep("PORT", "PORT " + BuildPortString(), "Set data port to: " + QString::number(DataPort));
+                NextFTPStep(steps.port, "PORT " + BuildPortString(), text + "Set data port to: " + QString::number(DataPort));
         }},
-        {"PORT", 200, onward},
+        {steps.port, 200, onward},
     };
 }
 
@@ -114,7 +121,12 @@ void FTPSessionClass::DeleteSingleFile()
 
 void FTPSessionClass::ExecuteDeleteSingleFileSteps(const QString& line, int code)
 {
-    RunSteps(line, code, FinalTest::B, DataFront(line, {"TYPE", "TYPE " + FTPTransferType, "Change transfer type."}) + StepRows{
+    RunSteps(line, code, FinalTest::B, DeleteWalk(line));
+}
+
+FTPSessionClass::StepRows FTPSessionClass::DeleteWalk(const QString& line)
+{
+    return DataFront(line, {"TYPE", "TYPE " + FTPTransferType, "Change transfer type."}) + StepRows{
         {"TYPE", 200, [this] { NextFTPStep("DELETEFILE", "NOOP", "Deleting file..."); }},
         {"DELETEFILE", 200, [this] {
             const QString name = GetNextFileName();
@@ -123,7 +135,7 @@ void FTPSessionClass::ExecuteDeleteSingleFileSteps(const QString& line, int code
             NextFTPStep("DELE", "DELE " + name, "Deleting " + name);
         }},
         {"DELE", 250, [this] { StopTimer(); ReportSuccess("File has been deleted."); }},
-    });
+    };
 }
 
 void FTPSessionClass::GetStatus()

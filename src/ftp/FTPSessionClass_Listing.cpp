@@ -10,21 +10,8 @@ void FTPSessionClass::GetDirList()
 
 void FTPSessionClass::StartGetDirList()
 {
-    FTPSessionType = "GetDirList";
     DirectoryFileList.clear();
-    Buffer.clear();
-    NT = false;
-    // Late replies of an earlier connection (an aborted transfer's) must not
-    // reach the new sequence while its first report runs the event loop.
-    DropSockets(false);
-    const auto alive = Alive();
-    NextFTPStep("CONNECT", QString(), "Start Get Directory List Sequence");
-    if (alive.expired())
-        return;
-    IgnoreCancel = false;
-    CurrentDirectoryIndex = 0;
-    ResetConnectionTimer();
-    OpenConnection();
+    StartSequence("GetDirList", "CONNECT", "Start Get Directory List Sequence", [this] { return CurrentDirectoryIndex = 0, true; });
 }
 
 QString FTPSessionClass::ListCommand() const
@@ -59,15 +46,7 @@ void FTPSessionClass::ExecuteGetDirListImmediateSteps(const QString& line, int c
 void FTPSessionClass::ExecuteGetDirListSteps(const QString& line, int code)
 {
     const auto typeA = [this] { NextFTPStep("TYPE", "TYPE A", "Change transfer type to ASCII."); };
-    RunSteps(line, code, FinalTest::A, LogonFront(line, {331, 230}) + StepRows{
-        {"PASS", 230, [=, this] {
-            const QString dir = GetServerDirectoryPathName();
-            if (dir.isEmpty())
-                typeA();
-            else
-                NextFTPStep("CWD", "CWD " + dir, "Change directory to: " + dir);
-        }},
-        {"CWD", 250, typeA},
+    RunSteps(line, code, FinalTest::A, LogonPrefix(line, typeA) + StepRows{
         {"TYPE", 200, [this] { EnterDataFront(); }},
     } + ListingWalk(line, [this] { NextFTPStep("QUIT", "QUIT", "FTP Session Complete."); })
       + StepRows{QuitEnd("The file list has been transferred.")});

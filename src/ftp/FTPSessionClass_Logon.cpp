@@ -10,7 +10,7 @@ void FTPSessionClass::Logon()
 {
     FTPSessionType = QStringLiteral("Logon");
     NT = false;
-    // As in StartGetDirList: the earlier connection goes before the first report.
+    // As in StartSequence: the earlier connection goes before the first report.
     DropSockets(false);
     const auto alive = Alive();
     NextFTPStep(QStringLiteral("CONNECT"), QString(), FirmwareServer::ConnectingMessage());
@@ -89,6 +89,20 @@ FTPSessionClass::StepRows FTPSessionClass::LogonFront(const QString& line, Codes
         // A refusal of a private data channel still lets the log-on go on, in plain.
         {"PROT", 534, user},
         {"USER", userCodes, [this] { NextFTPStep("PASS", "PASS " + ServerPassword, "Send Password"); }},
+    };
+}
+
+FTPSessionClass::StepRows FTPSessionClass::LogonPrefix(const QString& line, std::function<void()> then, const char* cwdStep)
+{
+    return LogonFront(line, {331, 230}) + StepRows{
+        {"PASS", 230, [=, this] {
+            const QString dir = GetServerDirectoryPathName();
+            if (dir.isEmpty())
+                then();
+            else
+                NextFTPStep(cwdStep, "CWD " + dir, "Change directory to: " + dir);
+        }},
+        {cwdStep, 250, then},
     };
 }
 

@@ -47,7 +47,7 @@ void FTPSessionClass::ExecuteRestartPutSingleFileSteps(const QString& line, int 
     RunSteps(line, code, FinalTest::A, SendWalk(line, true));
 }
 
-FTPSessionClass::StepRows FTPSessionClass::ReceiveWalk(bool restart)
+FTPSessionClass::StepRows FTPSessionClass::ReceiveWalk(bool restart, std::function<void()> done)
 {
     const auto retr = [this] {
         if (DataSocket)
@@ -69,18 +69,23 @@ FTPSessionClass::StepRows FTPSessionClass::ReceiveWalk(bool restart)
         {"REST", 350, retr},
         {"RETR", restart ? Codes(150) : Codes(150, 125), [this] { DataSocket ? DataSocket->Poll() : void(); }},
         {"RETR", 226, [this] { NextFTPStep("FILEEND", "NOOP", "Get file "); }},
-        DataEnd("FILEEND", "Get file ", [this] { FinishReceivedFile(); }),
+        DataEnd("FILEEND", "Get file ", [this, done] {
+            if (CommitReceived())
+                done ? done() : ReportSuccess("File Transfer Complete.");
+        }),
     };
 }
 
-void FTPSessionClass::FinishReceivedFile()
+bool FTPSessionClass::CommitReceived()
 {
-    if (!DataSocket)
-        return EndFTPSession("Data Socket is no longer active.");
+    if (!DataSocket) {
+        EndFTPSession("Data Socket is no longer active.");
+        return false;
+    }
     if (DataSocket->CommitReceivedFile())
-        ReportSuccess("File Transfer Complete.");
-    else
-        EndFTPSession("Error writing local file: " + DataSocket->GetFileName());
+        return true;
+    EndFTPSession("Error writing local file: " + DataSocket->GetFileName());
+    return false;
 }
 
 FTPSessionClass::StepRows FTPSessionClass::SendWalk(const QString& line, bool restart)
