@@ -173,3 +173,15 @@ void QtPlatformServices::Quit(int exitCode)
     QApplication::closeAllWindows();
     QCoreApplication::exit(exitCode);
 }
+
+void QtPlatformServices::CautionBox(const QString& text, const QString& explanation)
+{
+    QMessageBox box(QMessageBox::Warning, QStringLiteral("Vexil Utility"), text, QMessageBox::Ok);
+    box.setInformativeText(explanation);
+    box.exec();
+}
+
+bool QtPlatformServices::OpenUrl(const QString& url)
+{
+    return QDesktopServices::openUrl(QUrl(url));
+}
