@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
+#include <QProcess>
 #include <QToolButton>
 #include <QTreeWidget>
 
@@ -168,7 +169,7 @@ TEST_F(HelpViewerTest, TheDividerStaysBetweenItsLimitsOnWideAndNarrowWindows)
     } drags[] = {
         {900, 500, 500}, {900, 100, 230}, {900, 850, 680}, {900, 230, 0}, {900, 680, 0},
         // Narrower than 450 the limits cross: left of 230 gives 230, all else W - 220.
-        {420, 100, 230}, {420, 300, 200}, {420, 230, 200},
+        {420, 100, 230}, {420, 210, 230}, {420, 300, 200}, {420, 230, 200},
     };
     for (const auto& d : drags) {
         SCOPED_TRACE(testing::Message() << d.width << " " << d.x);
@@ -220,6 +221,38 @@ TEST_F(HelpViewerTest, TheRememberedPlacementIsUsedOnlyWithoutAutoSet)
     viewer->close();
     EXPECT_EQ(QRect(globals.UHelpLeft, globals.UHelpTop, globals.UHelpWidth, globals.UHelpHeight),
               QRect(70, 90, 640, 380));
+}
+
+} // namespace
+
+namespace {
+
+TEST_F(HelpViewerTest, AVolumeUnpacksIntoANewTemporaryHelpFolder)
+{
+    QDir(folder.path).mkpath(QStringLiteral("sub"));
+    folder.Write(QStringLiteral("sub/deeper.htm"), "<p>deep</p>");
+    folder.Write(QStringLiteral("volume.qrc"),
+                 "<RCC><qresource><file>uhtoc.xml</file><file>sub/deeper.htm</file></qresource></RCC>");
+    const QString volume = folder.root.filePath(QStringLiteral("guide.vv"));
+    QProcess rcc;
+    rcc.setWorkingDirectory(folder.path);
+    rcc.start(QStringLiteral(RCC_EXECUTABLE), {QStringLiteral("-binary"), QStringLiteral("volume.qrc"),
+                                               QStringLiteral("-o"), volume});
+    ASSERT_TRUE(rcc.waitForFinished(30000) && rcc.exitCode() == 0);
+
+    engine.VVInitialize(folder.File(QStringLiteral("other.htm")));
+    EXPECT_TRUE(engine.HelpFolder.isEmpty());
+
+    engine.VVInitialize(volume);
+    ASSERT_FALSE(engine.HelpFolder.isEmpty());
+    const QDir unpacked(engine.HelpFolder);
+    EXPECT_TRUE(unpacked.dirName().startsWith(QStringLiteral("Help")));
+    EXPECT_EQ(unpacked.entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList({"sub", "uhtoc.xml"}));
+    QFile deeper(unpacked.filePath(QStringLiteral("sub/deeper.htm")));
+    ASSERT_TRUE(deeper.open(QIODevice::ReadOnly));
+    EXPECT_EQ(deeper.readAll(), "<p>deep</p>");
+    EXPECT_TRUE(platform.calls.isEmpty()) << platform.calls.join(QLatin1Char('\n')).toStdString();
+    QDir(engine.HelpFolder).removeRecursively();
 }
 
 } // namespace
