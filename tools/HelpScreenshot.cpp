@@ -25,6 +25,7 @@ public:
     void Beep() override {}
     bool OpenDocument(const QString&) override { return false; }
     bool OpenUrl(const QString&) override { return false; }
+    int HistoryMenu(const QStringList&, int) override { return -1; }
     QRect AvailableScreen() override { return {0, 0, 1280, 800}; }
 };
 

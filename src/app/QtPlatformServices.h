@@ -36,6 +36,7 @@ public:
     QList<QRect> ScreenGeometries() override;
     void CautionBox(const QString& text, const QString& explanation) override;
     bool OpenUrl(const QString& url) override;
+    int HistoryMenu(const QStringList& titles, int checked) override;
 
 private:
     QPointer<InitWin> m_initWin;

@@ -21,6 +21,8 @@ public:
     void LoadFile(const QString& path);
     // Shows `html`; its relative links and pictures resolve against `baseFile`.
     void LoadText(const QString& html, const QString& baseFile);
+    // The file shown, or the base of the text shown.
+    QUrl CurrentUrl() const { return m_current; }
 
     // Before the view follows a link: true keeps it from navigating.
     std::function<bool(const QUrl& url)> CancelLoad;

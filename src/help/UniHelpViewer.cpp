@@ -3,6 +3,7 @@
 #include "HelpPlatform.h"
 #include "HtmlHelpView.h"
 #include "UniHelpGlobals.h"
+#include "UniHelpHistory.h"
 
 #include <pugixml.hpp>
 
@@ -180,7 +181,18 @@ void UniHelpViewer::BuildControls()
     connect(HelpView, &HtmlHelpView::StatusChanged, this, &UniHelpViewer::HelpView_StatusChanged);
     connect(HelpView, &HtmlHelpView::Error, this,
             [this](int code, const QString& description) { m_globals.UHViewerError(code, description); });
-    connect(HelpView, &HtmlHelpView::DocumentComplete, this, [this] { IsUHLink = false; });
+    connect(HelpView, &HtmlHelpView::DocumentComplete, this, &UniHelpViewer::HelpView_DocumentComplete);
+    connect(BtnBack, &QToolButton::clicked, this, &UniHelpViewer::BtnBack_MouseDown);
+    connect(BtnNext, &QToolButton::clicked, this, &UniHelpViewer::BtnNext_MouseDown);
+    connect(BtnHistory, &QToolButton::clicked, this, &UniHelpViewer::BtnHistory_MouseDown);
+    // The list selects the row before the click is seen here.
+    connect(HelpList, &QTreeWidget::itemClicked, this, [this](QTreeWidgetItem* row) { GetSelectedTopic(row, 0); });
+    HelpList->setExpandsOnDoubleClick(false);
+    connect(HelpList, &QTreeWidget::itemDoubleClicked, this, &UniHelpViewer::HelpList_DoubleClick);
+    connect(IndexList, &QTreeWidget::itemSelectionChanged, this, [this] {
+        if (!IndexList->selectedItems().isEmpty())
+            GetSelectedTopic(IndexList->selectedItems().first(), 1);
+    });
 
     PaintBack();
     PaintNext();
@@ -333,6 +345,9 @@ void UniHelpViewer::StepSelection(bool down)
     selected->setSelected(false);
     list->setCurrentItem(next);
     next->setSelected(true);
+    // The index opens its topic on the selection change; the tree has none.
+    if (list == HelpList)
+        GetSelectedTopic(next, 0);
 }
 
 void UniHelpViewer::BtnUp_MouseDown()

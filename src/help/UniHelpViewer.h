@@ -1,11 +1,13 @@
 #pragma once
 
 #include "DesignLayout.h"
+#include "UniHelpHistory.h"
 
 #include <QIcon>
 #include <QWidget>
 
 #include <memory>
+#include <vector>
 
 class HtmlHelpView;
 class QLabel;
@@ -54,7 +56,15 @@ public:
     bool IsBackHistory = false;
     bool IsNextHistory = false;
     bool IsUHLink = false;
+    // Visited files and their titles, index 0 the newest; the empty entry at
+    // the end stays there for good.
+    QStringList HistoryFile{QString()};
+    QStringList HistoryTitle{QString()};
     int HistoryNum = 0;
+    // The rows of HelpList the way down is looking at (first and last).
+    int FirstRow = 0;
+    int RowsAdded = 0;
+    std::vector<UniHelpHistory> UHistoryMenu;
 
     // Start-up checks: the view, the folder, both XML files.
     void CustomizeHelp();
@@ -95,6 +105,18 @@ public:
     void BtnExpand_MouseDown();
     void BtnHome_MouseDown();
     void BtnPrint_MouseDown();
+    void BtnBack_MouseDown();
+    void BtnNext_MouseDown();
+    void BtnHistory_MouseDown();
+
+    // Opens what a row of a list stands for: 0 HelpList, 1 IndexList, 2 SearchList.
+    void GetSelectedTopic(QTreeWidgetItem* row, int listKind);
+    void AddToHistory(const QString& file);
+    void ShowUHistoryMenu();
+    void AddUHistoryMenu(const QString& title, const QString& file, int index);
+    void LoadHistoryTopic(const QString& title, const QString& file);
+    // A file's path below the help folder, with "/" between the parts.
+    QString RelativeToHelpFolder(const QString& file) const;
 
     bool LoadTOC();
     void ListTOC(const QString& page);
@@ -102,9 +124,13 @@ public:
     void ListIndex();
     void HelpList_ExpandRow(QTreeWidgetItem* row);
     void HelpList_CollapseRow(QTreeWidgetItem* row);
+    void HelpList_DoubleClick();
+    void SelectListTopic(const QString& page);
+    void SelectListDig(const QString& name);
 
     bool HelpView_CancelLoad(const QUrl& url);
     void HelpView_StatusChanged(const QString& text);
+    void HelpView_DocumentComplete(const QUrl& url);
 
     QWidget* TopNavSpacer;
     QWidget* TopNavBar;
@@ -149,6 +175,11 @@ private:
     QTreeWidget* CurrentList() const;
     void StepSelection(bool down);
     void SetChaptersExpanded(bool expanded);
+    // A `source` value's file below the help folder. Empty with `nil` false
+    // when it is not there (or would lie outside the folder); `nil` when a
+    // folder on its way is missing.
+    QString ResolveSource(const QString& source, bool& nil) const;
+    bool InsideHelpFolder(const QString& file) const;
     QTreeWidgetItem* AddTocRow(const pugi::xml_node& node, const QString& address, QTreeWidgetItem* parent);
 
     UniHelpGlobals& m_globals;

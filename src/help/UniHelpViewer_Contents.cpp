@@ -1,11 +1,8 @@
-// The viewer's lists and pages: both XML files, the contents rows, and what
-// a page load and a followed link do.
+// The viewer's lists: both XML files, the contents tree and the way down
+// to the page shown, the index rows.
 #include "UniHelpViewer.h"
 
-#include "HelpFileKind.h"
-#include "HelpPlatform.h"
-#include "HtmlHelpView.h"
-#include "UniHelpEngine.h"
+#include "HelpXml.h"
 #include "UniHelpGlobals.h"
 
 #include <pugixml.hpp>
@@ -15,8 +12,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QTreeWidget>
-
-namespace {
 
 QString TocMissingText()
 {
@@ -40,6 +35,8 @@ QString Attribute(const pugi::xml_node& node, const char* name)
 {
     return QString::fromUtf8(node.attribute(name).value());
 }
+
+namespace {
 
 // Parses `path` into a new document; empty when the file is missing, with
 // `invalid` set when it is there but not well-formed XML.
@@ -132,11 +129,12 @@ int UniHelpViewer::ListTOCFolder(const pugi::xml_node& node, const QString& path
     return added;
 }
 
-void UniHelpViewer::ListTOC(const QString&)
+void UniHelpViewer::ListTOC(const QString& page)
 {
     HelpList->clear();
     if (tocxml)
         ListTOCFolder(tocxml->document_element(), QStringLiteral("helpbook"), nullptr);
+    SelectListTopic(page);
 }
 
 void UniHelpViewer::HelpList_ExpandRow(QTreeWidgetItem* row)
@@ -145,8 +143,7 @@ void UniHelpViewer::HelpList_ExpandRow(QTreeWidgetItem* row)
     // The children are made afresh each time the chapter opens.
     qDeleteAll(row->takeChildren());
     const auto* element = reinterpret_cast<pugi::xml_node_struct*>(row->data(1, Qt::UserRole).value<quintptr>());
-    if (element)
-        ListTOCFolder(pugi::xml_node(const_cast<pugi::xml_node_struct*>(element)), row->text(1), row);
+    RowsAdded = element ? ListTOCFolder(pugi::xml_node(const_cast<pugi::xml_node_struct*>(element)), row->text(1), row) : 0;
 }
 
 void UniHelpViewer::HelpList_CollapseRow(QTreeWidgetItem* row)
@@ -154,64 +151,74 @@ void UniHelpViewer::HelpList_CollapseRow(QTreeWidgetItem* row)
     row->setIcon(0, IconCategory);
 }
 
-void UniHelpViewer::OpenPage(const QString& file)
+QString UniHelpViewer::RelativeToHelpFolder(const QString& file) const
 {
-    TabSelected(0);
-    const QString page = !file.isEmpty() ? file : HomePage;
-    if (page.isEmpty()) {
-        ListTOC(HelpFolder);
+    const QString folder = QFileInfo(HelpFolder).absoluteFilePath();
+    QString path = QFileInfo(file).absoluteFilePath();
+    if (path == folder)
+        return QString();
+    if (path.startsWith(folder + QLatin1Char('/')))
+        path.remove(0, folder.size() + 1);
+    return QDir::fromNativeSeparators(path);
+}
+
+void UniHelpViewer::SelectListTopic(const QString& page)
+{
+    FirstRow = 0;
+    RowsAdded = HelpList->topLevelItemCount() - 1 + FirstRow;
+    if (!tocxml)
+        return;
+    pugi::xpath_node_set found;
+    try {
+        found = tocxml->select_nodes(
+            (QStringLiteral("//page[@source='") + RelativeToHelpFolder(page) + QStringLiteral("']")).toUtf8().constData());
+    } catch (const pugi::xpath_exception&) {
+        m_globals.UHError(TocInvalidText());
         return;
     }
-    ListTOC(page);
-    LoadHelpFile(page, false, false, QString());
-}
-
-void UniHelpViewer::OpenSearch(const QString& term)
-{
-    TabSelected(2);
-    SearchField->setText(term);
-    ListTOC(HelpFolder);
-}
-
-void UniHelpViewer::LoadHelpFile(const QString& file, bool, bool, const QString&)
-{
-    if (file.isEmpty() || !QFileInfo::exists(file) || KindOfHelpFile(QFileInfo(file).fileName()) == HelpFileKind::Unknown)
+    if (found.empty())
         return;
-    IsUHLink = true;
-    HelpView->LoadFile(file);
+    // The way down is the names from the outermost chapter to the page; a
+    // slash inside a name is escaped so that the name stays one step.
+    pugi::xml_node node = found.first().node();
+    QString way = Attribute(node, "name").replace(QLatin1String("/"), QLatin1String("%2f"));
+    while (node.parent().type() == pugi::node_element && !IsNamed(node.parent(), "helpbook")) {
+        node = node.parent();
+        way = Attribute(node, "name").replace(QLatin1String("/"), QLatin1String("%2f")) + QLatin1Char('/') + way;
+    }
+    for (const QString& step : way.split(QLatin1Char('/')))
+        SelectListDig(step);
 }
 
-bool UniHelpViewer::HelpView_CancelLoad(const QUrl& url)
+void UniHelpViewer::SelectListDig(const QString& escapedName)
 {
-    const QString text = url.toString();
-    if (text.contains(QLatin1String("http://"), Qt::CaseInsensitive)
-        || text.contains(QLatin1String("https://"), Qt::CaseInsensitive)
-        || text.contains(QLatin1String("ftp://"), Qt::CaseInsensitive)
-        || text.startsWith(QLatin1String("mailto:"), Qt::CaseInsensitive)) {
-        m_globals.Platform().OpenUrl(text);
-        return true;
+    const QString name = QString(escapedName).replace(QLatin1String("%2f"), QLatin1String("/"));
+    QList<QTreeWidgetItem*> rows;
+    for (QTreeWidgetItem* row = HelpList->topLevelItem(0); row; row = HelpList->itemBelow(row))
+        rows << row;
+    for (int r = FirstRow; r <= RowsAdded && r < rows.size(); ++r) {
+        QTreeWidgetItem* row = rows.at(r);
+        if (row->text(0).compare(name, Qt::CaseInsensitive) != 0)
+            continue;
+        if (row->text(2) == QLatin1String("chapter")) {
+            // Opening it runs HelpList_ExpandRow, which leaves the count of new rows.
+            RowsAdded = 0;
+            row->setExpanded(true);
+            FirstRow = r + 1;
+            RowsAdded = r + RowsAdded;
+            return;
+        }
+        if (row->text(2) == QLatin1String("page")) {
+            HelpList->setCurrentItem(row);
+            row->setSelected(true);
+            return;
+        }
     }
-    const int script = text.indexOf(QLatin1String("UHScript:"), 0, Qt::CaseInsensitive);
-    if (script >= 0) {
-        QString decoded = text.mid(script + 9);
-        decoded.replace(QLatin1String("%20"), QLatin1String(" "))
-            .replace(QLatin1String("%26"), QLatin1String("&"))
-            .replace(QLatin1Char('\''), QLatin1Char('"'));
-        if (m_globals.UniHelp)
-            m_globals.UniHelp->RunScript(decoded);
-        return true;
-    }
-    return false;
 }
 
-void UniHelpViewer::HelpView_StatusChanged(const QString& text)
+void UniHelpViewer::HelpList_DoubleClick()
 {
-    const QString link = text.section(QLatin1Char('"'), 1, 1);
-    if (link.contains(QLatin1String("http://")) || link.contains(QLatin1String("https://"))
-        || link.contains(QLatin1String("ftp://")) || link.startsWith(QLatin1String("mailto:")))
-        StatusLabel->setText(link);
-    else if (link.contains(QLatin1String("UHScript:")))
-        StatusLabel->setText(QStringLiteral("Click to Run Script"));
-    else
-        StatusLabel->clear();
+    const QList<QTreeWidgetItem*> selected = HelpList->selectedItems();
+    if (!selected.isEmpty())
+        selected.first()->setExpanded(!selected.first()->isExpanded());
 }

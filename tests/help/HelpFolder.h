@@ -26,9 +26,15 @@ public:
         calls << QStringLiteral("OpenUrl: ") + url;
         return true;
     }
+    int HistoryMenu(const QStringList& titles, int checked) override
+    {
+        calls << QStringLiteral("HistoryMenu: %1 (%2)").arg(titles.join(QLatin1Char('|'))).arg(checked);
+        return historyChoice;
+    }
     QRect AvailableScreen() override { return {0, 0, 1600, 1000}; }
 
     QStringList calls;
+    int historyChoice = -1;
 };
 
 // Help state whose hooks can refuse the view and count closes.
