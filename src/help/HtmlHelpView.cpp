@@ -38,7 +38,10 @@ void HtmlHelpView::LoadFile(const QString& path)
     switch (KindOfHelpFile(info.fileName())) {
     case HelpFileKind::Movie:
     case HelpFileKind::Sound:
-        if (!OpenExternally || !OpenExternally(info.absoluteFilePath()))
+        // Handed on, the load is over as far as this view goes; the page stays.
+        if (OpenExternally && OpenExternally(info.absoluteFilePath()))
+            emit DocumentComplete(url);
+        else
             emit Error(NoPlayer, QStringLiteral("No program on this desktop plays %1.").arg(info.fileName()));
         return;
     case HelpFileKind::Image:

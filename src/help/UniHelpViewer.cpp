@@ -180,7 +180,11 @@ void UniHelpViewer::BuildControls()
     HelpView->OpenExternally = [this](const QString& path) { return m_globals.Platform().OpenDocument(path); };
     connect(HelpView, &HtmlHelpView::StatusChanged, this, &UniHelpViewer::HelpView_StatusChanged);
     connect(HelpView, &HtmlHelpView::Error, this,
-            [this](int code, const QString& description) { m_globals.UHViewerError(code, description); });
+            [this](int code, const QString& description) {
+                // A failed load completes nothing, so the next one starts afresh.
+                IsUHLink = false;
+                m_globals.UHViewerError(code, description);
+            });
     connect(HelpView, &HtmlHelpView::DocumentComplete, this, &UniHelpViewer::HelpView_DocumentComplete);
     connect(BtnBack, &QToolButton::clicked, this, &UniHelpViewer::BtnBack_MouseDown);
     connect(BtnNext, &QToolButton::clicked, this, &UniHelpViewer::BtnNext_MouseDown);

@@ -35,11 +35,11 @@ protected:
                      "<helpindex><topic name='anchor' source='#top'/><topic name='web' source='http://example.org/x'/>"
                      "<topic name='blank' source='a b://c.htm'/><topic name='script' source=\"UHScript:say%20'hi'\"/>"
                      "<topic name='escape' source='../escape.htm'/><topic name='missing' source='missing.htm'/>"
-                     "<topic name='nofolder' source='nofolder/x.htm'/><topic name='picture' source='pic.png'/>"
+                     "<topic name='nofolder' source='nofolder/x.htm'/><topic name='picture' source='pic.png'/><topic name='sound' source='tone.wav'/>"
                      "<topic name='other' source='other.htm'/><topic name='slash' source='slash.htm'/></helpindex>");
         QDir(folder.path).mkpath(QStringLiteral("sub"));
         for (const char* page : {"slash.htm", "twice.htm", "sub/deep.htm", "samepage.htm", "notintoc.htm", "it's.htm",
-                                 "pic.png", "../escape.htm"})
+                                 "pic.png", "tone.wav", "../escape.htm"})
             folder.Write(QLatin1String(page), "<p>page</p>");
         globals.UniHelp = std::make_unique<RecordingEngine>(globals, folder.path);
     }
@@ -130,6 +130,7 @@ TEST_F(HelpPagesTest, EachKindOfSourceDoesItsOwnThing)
         {"missing", {}, "", 1},
         {"nofolder", {QStringLiteral("Beep"), nilText}, "", 1},
         {"picture", {}, "pic.png", 1},
+        {"sound", {QStringLiteral("OpenDocument: ") + folder.File(QStringLiteral("tone.wav"))}, "pic.png", 1},
         {"other", {}, "other.htm", 2},
     };
     for (const auto& c : cases) {
