@@ -1,8 +1,11 @@
 #pragma once
 
 #include "HelpPlatform.h"
+#include "UniHelpEngine.h"
 #include "UniHelpGlobals.h"
+#include "UniHelpViewer.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QStringList>
@@ -73,3 +76,19 @@ struct HelpFolder {
     void Remove(const QString& name) const { QFile::remove(QDir(path).filePath(name)); }
     QString File(const QString& name) const { return QDir(path).filePath(name); }
 };
+
+// The one viewer on screen, or null when there is none or more than one.
+inline UniHelpViewer* OpenViewer()
+{
+    QList<UniHelpViewer*> viewers;
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (auto* viewer = qobject_cast<UniHelpViewer*>(widget); viewer && viewer->isVisible())
+            viewers << viewer;
+    return viewers.size() == 1 ? viewers.first() : nullptr;
+}
+
+inline void CloseViewersNow()
+{
+    UniHelpEngine::CloseViewers();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}

@@ -43,25 +43,17 @@ protected:
             folder.Write(QLatin1String(page), "<p>page</p>");
         globals.UniHelp = std::make_unique<RecordingEngine>(globals, folder.path);
     }
-    ~HelpPagesTest() override
-    {
-        UniHelpEngine::CloseViewers();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
+    ~HelpPagesTest() override { CloseViewersNow(); }
     UniHelpViewer* Open(const QString& page)
     {
         globals.UniHelp->Run(QFileInfo(page.isEmpty() ? QString() : folder.File(page)));
-        for (QWidget* widget : QApplication::topLevelWidgets())
-            if (auto* viewer = qobject_cast<UniHelpViewer*>(widget); viewer && viewer->isVisible())
-                return viewer;
-        return nullptr;
+        return OpenViewer();
     }
     QString Shown(UniHelpViewer* viewer) const { return viewer->HelpView->CurrentUrl().toLocalFile(); }
     void SelectTopic(UniHelpViewer* viewer, const QString& name) const
     {
         viewer->IndexList->setCurrentItem(viewer->IndexList->findItems(name, Qt::MatchExactly).value(0));
     }
-    QStringList Titles(UniHelpViewer* viewer) const { return viewer->HistoryTitle; }
 
     ScriptedHelpPlatform platform;
     TestHelpGlobals globals{platform};
@@ -158,18 +150,18 @@ TEST_F(HelpPagesTest, BackNextAndTheHistoryMenuWalkTheVisitedPages)
     EXPECT_EQ(Shown(viewer), folder.File(QStringLiteral("VexilUtility.htm")));
     EXPECT_TRUE(viewer->BtnNext->isEnabled());
     EXPECT_FALSE(viewer->BtnBack->isEnabled());
-    EXPECT_EQ(Titles(viewer), QStringList({"other.htm", "Welcome", ""}));
+    EXPECT_EQ(viewer->HistoryTitle, QStringList({"other.htm", "Welcome", ""}));
 
     // A new page goes in at the current place; the newer one stays reachable.
     SelectTopic(viewer, QStringLiteral("slash"));
-    EXPECT_EQ(Titles(viewer), QStringList({"other.htm", "Slash", "Welcome", ""}));
+    EXPECT_EQ(viewer->HistoryTitle, QStringList({"other.htm", "Slash", "Welcome", ""}));
     viewer->BtnNext_MouseDown();
     EXPECT_EQ(Shown(viewer), folder.File(QStringLiteral("other.htm")));
     EXPECT_EQ(viewer->HistoryNum, 0);
 
     // A link followed in the page enters the history once it has loaded.
     viewer->HelpView->anchorClicked(QUrl(QStringLiteral("twice.htm")));
-    EXPECT_EQ(Titles(viewer).first(), QStringLiteral("Twice"));
+    EXPECT_EQ(viewer->HistoryTitle.first(), QStringLiteral("Twice"));
     viewer->HelpView->anchorClicked(QUrl(QStringLiteral("https://example.org/")));
     EXPECT_EQ(Shown(viewer), folder.File(QStringLiteral("twice.htm")));
 
@@ -177,7 +169,7 @@ TEST_F(HelpPagesTest, BackNextAndTheHistoryMenuWalkTheVisitedPages)
     viewer->BtnHistory_MouseDown();
     EXPECT_EQ(platform.calls.last(), QStringLiteral("HistoryMenu: Twice|other.htm|Slash|Welcome (0)"));
     EXPECT_EQ(Shown(viewer), folder.File(QStringLiteral("VexilUtility.htm")));
-    EXPECT_EQ(Titles(viewer), QStringList({"Welcome", "Twice", "other.htm", "Slash", "Welcome", ""}));
+    EXPECT_EQ(viewer->HistoryTitle, QStringList({"Welcome", "Twice", "other.htm", "Slash", "Welcome", ""}));
 }
 
 } // namespace

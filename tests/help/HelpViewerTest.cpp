@@ -16,32 +16,13 @@
 
 namespace {
 
-QList<UniHelpViewer*> OpenViewers()
-{
-    QList<UniHelpViewer*> viewers;
-    for (QWidget* widget : QApplication::topLevelWidgets())
-        if (auto* viewer = qobject_cast<UniHelpViewer*>(widget); viewer && viewer->isVisible())
-            viewers << viewer;
-    return viewers;
-}
-
-void FlushDeletes()
-{
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-}
-
 class HelpViewerTest : public ::testing::Test {
 protected:
-    void TearDown() override
-    {
-        UniHelpEngine::CloseViewers();
-        FlushDeletes();
-    }
+    void TearDown() override { CloseViewersNow(); }
     UniHelpViewer* RunStartPage()
     {
         engine.Run(QFileInfo());
-        const auto viewers = OpenViewers();
-        return viewers.size() == 1 ? viewers.first() : nullptr;
+        return OpenViewer();
     }
 
     ScriptedHelpPlatform platform;
@@ -97,7 +78,7 @@ TEST_F(HelpViewerTest, EachStartUpRefusalTellsWhyAndOpensNoWindow)
         c.breakIt();
         engine.Run(QFileInfo());
         EXPECT_EQ(platform.calls, c.expected);
-        EXPECT_TRUE(OpenViewers().isEmpty());
+        EXPECT_EQ(OpenViewer(), nullptr);
         EXPECT_EQ(globals.closed, 0);
     }
 }
@@ -112,11 +93,11 @@ TEST_F(HelpViewerTest, ASecondRunClosesTheFirstViewer)
     EXPECT_EQ(first->HelpList->topLevelItemCount(), 2);
 
     engine.Run(QFileInfo(folder.File(QStringLiteral("other.htm"))));
-    FlushDeletes();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_TRUE(first.isNull());
-    const auto viewers = OpenViewers();
-    ASSERT_EQ(viewers.size(), 1);
-    EXPECT_EQ(viewers.first()->HelpView->source(), QUrl::fromLocalFile(folder.File(QStringLiteral("other.htm"))));
+    // Exactly one on screen, the new one.
+    ASSERT_NE(OpenViewer(), nullptr);
+    EXPECT_EQ(OpenViewer()->HelpView->source(), QUrl::fromLocalFile(folder.File(QStringLiteral("other.htm"))));
     EXPECT_EQ(globals.closed, 1);
     EXPECT_TRUE(platform.calls.isEmpty()) << platform.calls.join(QLatin1Char('\n')).toStdString();
 }
