@@ -42,17 +42,12 @@ void Window1::AddMenuHandlers()
 
 bool Window1::Event_KeyDown(const QString& key, Qt::KeyboardModifiers modifiers)
 {
-    if (!modifiers.testFlag(MenuShortcutModifier))
-        return false;
+    // Select all, copy and cut act on the status log wherever the focus is;
+    // paste does not, so nothing lands in the log unseen.
     const QString k = key.toLower();
-    if (k == QLatin1String("a")) {
-        StatusField.SelectAll();
-    } else if (k == QLatin1String("c")) {
-        m_platform.SetClipboardText(StatusField.SelText());
-    } else if (k == QLatin1String("x")) {
-        m_platform.SetClipboardText(StatusField.SelText());
-        StatusField.ReplaceSelection({});
-    }
+    if (modifiers.testFlag(MenuShortcutModifier)
+        && (k == QLatin1String("a") || k == QLatin1String("c") || k == QLatin1String("x")))
+        StatusField_KeyDown(k, modifiers);
     return false;
 }
 
