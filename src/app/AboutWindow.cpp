@@ -10,19 +10,20 @@
 AboutWindow::AboutWindow(const QString& revisionText, QWidget* parent) : QDialog(parent)
 {
     setWindowTitle(QStringLiteral("About"));
-    setFixedSize(398, 213);
-    auto* group = new QGroupBox(this);
-    group->setGeometry(20, 20, 358, 141);
+    using L = DesignLayout;
+    m_layout.Add(new QGroupBox(this), QRect(20, 20, 358, 141), L::None);
     auto* canvas = new QLabel(this);
     canvas->setPixmap(AppIcon(51));
-    canvas->setGeometry(37, 34, 51, 51);
-    auto* name = new QLabel(QStringLiteral("Corvane Vexil Utility"), this);
-    name->setGeometry(127, 34, 144, 20);
+    canvas->setAccessibleName(QStringLiteral("Vexil Utility"));
+    m_layout.Add(canvas, QRect(37, 34, 51, 51), L::None);
+    m_layout.Add(new QLabel(QStringLiteral("Corvane Vexil Utility"), this), QRect(127, 34, 144, 20), L::None);
     StaticText2 = new QLabel(revisionText, this);
-    StaticText2->setGeometry(127, 54, 144, 20);
+    m_layout.Add(StaticText2, QRect(127, 54, 144, 20), L::None);
     PushButton2 = new QPushButton(QStringLiteral("Close"), this);
-    PushButton2->setGeometry(292, 176, 86, 20);
+    m_layout.Add(PushButton2, QRect(292, 176, 86, 20), L::None);
     PushButton2->setDefault(true);
+    m_layout.FitText();
+    setFixedSize(m_layout.Size());
     connect(PushButton2, &QPushButton::clicked, this, &QDialog::accept);
 }
 

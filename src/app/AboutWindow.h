@@ -1,5 +1,7 @@
 #pragma once
 
+#include "DesignLayout.h"
+
 #include <QDialog>
 
 class QLabel;
@@ -16,4 +18,7 @@ public:
 protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+
+private:
+    DesignLayout m_layout{QSize(398, 213)};
 };

@@ -1,12 +1,16 @@
 #include "InitWin.h"
 
+#include "DesignLayout.h"
+
 #include <QLabel>
 
 InitWin::InitWin(QWidget* parent)
     : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint)
 {
     setWindowTitle(QStringLiteral("Vexil Utility"));
-    setFixedSize(249, 64);
+    DesignLayout layout(QSize(249, 64));
     StaticText1 = new QLabel(QStringLiteral("Initializing..."), this);
-    StaticText1->setGeometry(10, 15, 219, 29);
+    layout.Add(StaticText1, QRect(10, 15, 219, 29), DesignLayout::None);
+    layout.FitText();
+    setFixedSize(layout.Size());
 }

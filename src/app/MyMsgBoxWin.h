@@ -1,5 +1,7 @@
 #pragma once
 
+#include "DesignLayout.h"
+
 #include <QDialog>
 
 class QLabel;
@@ -12,4 +14,10 @@ public:
     explicit MyMsgBoxWin(QWidget* parent = nullptr);
     QLabel* MyMsgBoxText;
     QPushButton* PushButton1;
+
+    // After a new message: the window grows when the text needs more room.
+    void FitText();
+
+private:
+    DesignLayout m_layout{QSize(382, 137)};
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "DesignLayout.h"
+
 #include <QDialog>
 
 class QLabel;
@@ -25,4 +27,5 @@ protected:
 
 private:
     bool m_response = false;
+    DesignLayout m_layout{QSize(509, 185)};
 };

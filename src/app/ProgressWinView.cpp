@@ -1,10 +1,12 @@
 #include "ProgressWinView.h"
 
 #include "ControlBinding.h"
+#include "DesignLayout.h"
 #include "ProgressWin.h"
 
 #include <QCloseEvent>
 #include <QGroupBox>
+#include <QKeyEvent>
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
@@ -13,15 +15,15 @@ ProgressWinView::ProgressWinView(ProgressWin& model, QWidget* parent)
     : QWidget(parent, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint), m_model(&model)
 {
     setWindowTitle(model.Title());
-    setFixedSize(ProgressWin::DesignWidth, ProgressWin::DesignHeight);
-
-    auto* group = new QGroupBox(this);
-    group->setGeometry(12, 19, 476, 242);
+    using L = DesignLayout;
+    DesignLayout layout(QSize(ProgressWin::DesignWidth, ProgressWin::DesignHeight));
+    layout.Add(new QGroupBox(this), QRect(12, 19, 476, 242), L::None);
 
     auto* log = new QPlainTextEdit(this);
     log->setReadOnly(true);
     log->setLineWrapMode(QPlainTextEdit::NoWrap);
-    log->setGeometry(20, 28, 460, 225);
+    log->setAccessibleName(QStringLiteral("Activity Log"));
+    layout.Add(log, QRect(20, 28, 460, 225), L::None);
     BindTextArea(log, model.ActivityLog,
                  {[&model](const QString& key, Qt::KeyboardModifiers modifiers) {
                       return model.ActivityLog_KeyDown(key, modifiers);
@@ -30,12 +32,15 @@ ProgressWinView::ProgressWinView(ProgressWin& model, QWidget* parent)
 
     auto* bar = new QProgressBar(this);
     bar->setTextVisible(false);
-    bar->setGeometry(12, 280, 360, 20);
+    bar->setAccessibleName(model.Title());
+    layout.Add(bar, QRect(12, 280, 360, 20), L::None);
     BindProgressBar(bar, model.ProgressBar1);
 
     auto* close = new QPushButton(this);
-    close->setGeometry(408, 277, 80, 20);
+    layout.Add(close, QRect(408, 277, 80, 20), L::None);
     BindButton(close, model.CloseIt);
+    layout.FitText();
+    setFixedSize(layout.Size());
 
     connect(&model, &ProgressWin::shown, this, [this] {
         move(m_model->Left, m_model->Top);
@@ -49,6 +54,16 @@ ProgressWinView::ProgressWinView(ProgressWin& model, QWidget* parent)
         move(model.Left, model.Top);
         show();
     }
+}
+
+void ProgressWinView::keyPressEvent(QKeyEvent* event)
+{
+    const int key = event->key();
+    if (m_model && (key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Escape)) {
+        m_model->CloseIt.Push();
+        return;
+    }
+    QWidget::keyPressEvent(event);
 }
 
 void ProgressWinView::closeEvent(QCloseEvent* event)

@@ -16,6 +16,8 @@ protected:
     // A close from outside (a quit request, the desktop) is the Close button:
     // refused while it is disabled, that is while a load runs.
     void closeEvent(QCloseEvent* event) override;
+    // Return and Escape work the Close button once it is enabled, as in a dialog.
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     QPointer<ProgressWin> m_model;

@@ -27,6 +27,7 @@ QtPlatformServices::~QtPlatformServices()
     delete m_initWin;
     delete m_msgBox;
     delete m_yesWindow;
+    delete m_about;
 }
 
 void QtPlatformServices::MsgBox(const QString& text)
@@ -45,6 +46,7 @@ void QtPlatformServices::MyMsgBox(const QString& text)
     if (!m_msgBox)
         m_msgBox = new MyMsgBoxWin;
     m_msgBox->MyMsgBoxText->setText(text);
+    m_msgBox->FitText();
     m_msgBox->show();
     m_msgBox->raise();
 }
@@ -64,9 +66,14 @@ void QtPlatformServices::ShowMessageWindow(const std::function<void()>& viewRele
 
 void QtPlatformServices::ShowAboutWindow(const QString& revisionText)
 {
-    auto* about = new AboutWindow(revisionText);
-    about->setAttribute(Qt::WA_DeleteOnClose);
-    about->show();
+    // One about box: asked again, the open one comes to the front.
+    if (!m_about) {
+        m_about = new AboutWindow(revisionText);
+        m_about->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    m_about->show();
+    m_about->raise();
+    m_about->activateWindow();
 }
 
 void QtPlatformServices::ShowInitWin(int left, const QString& text)
@@ -96,6 +103,11 @@ bool QtPlatformServices::OpenDocument(const QString& path)
         && query.readAllStandardOutput().trimmed().isEmpty())
         return false;
     return QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+}
+
+bool QtPlatformServices::OpenURL(const QUrl& url)
+{
+    return QDesktopServices::openUrl(url);
 }
 
 OSVersionRecord QtPlatformServices::OSVersion()

@@ -5,6 +5,7 @@
 
 #include <QPointer>
 
+class AboutWindow;
 class InitWin;
 class MyMsgBoxWin;
 class MyYesWindow;
@@ -25,6 +26,7 @@ public:
     void ShowInitWin(int left, const QString& text) override;
     void CloseInitWin() override;
     bool OpenDocument(const QString& path) override;
+    bool OpenURL(const QUrl& url) override;
     QString ChooseFolder(const QString& title, const QString& actionCaption, const QString& initialFolder) override;
     QStringList MountedVolumes() override;
     QString ClipboardText() override;
@@ -40,6 +42,7 @@ public:
 
 private:
     QPointer<InitWin> m_initWin;
+    QPointer<AboutWindow> m_about;
     QPointer<MyMsgBoxWin> m_msgBox;
     QPointer<::MyYesWindow> m_yesWindow;
 };

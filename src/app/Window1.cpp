@@ -15,6 +15,24 @@ Window1::Window1(Globals& globals, Clock& clock, PlatformServices& platform, Vex
     connect(&SendAllTimer, &Timer::Action, this, &Window1::SendAllTimer_Action);
     connect(&CopyNewFilesButton, &PushButton::Action, this, &Window1::CopyNewFilesButton_Action);
     connect(&FTPTimer, &Timer::Action, this, &Window1::FTPTimer_Action);
+    m_menuBar = {
+        {QStringLiteral("FileMenu"), QStringLiteral("File"), {{QStringLiteral("FileQuit"), &FileQuit, QStringLiteral("Ctrl+Q")}}},
+        {QStringLiteral("ViewMenu"), QStringLiteral("View"), {{QStringLiteral("ViewTrace"), &ViewTrace, {}}}},
+        {QStringLiteral("WindowMenu"),
+         QStringLiteral("Window"),
+         {{QStringLiteral("WindowMinimize"), &WindowMinimize, QStringLiteral("Ctrl+M")},
+          {QStringLiteral("WindowZoom"), &WindowZoom, {}},
+          {QStringLiteral("UntitledSeparator0"), nullptr, {}},
+          {QStringLiteral("WindowSettodefaultposition"), &WindowSettodefaultposition, {}}}},
+        {QStringLiteral("HelpMenu"),
+         QStringLiteral("Help"),
+         {{QStringLiteral("HelpVexilUtilHelp"), &HelpVexilUtilHelp, QStringLiteral("F1")},
+          {QStringLiteral("HelpReleaseNotes"), &HelpReleaseNotes, {}},
+          {QStringLiteral("HelpAboutVexilUtil"), &HelpAboutVexilUtil, {}},
+          {QStringLiteral("UntitledSeparator"), nullptr, {}},
+          {QStringLiteral("BrowserHelp"), &BrowserHelp, {}}}},
+    };
+    AddMenuHandlers();
     // Designed size, centred on the main screen, until the preferences say otherwise.
     const QRect screen = platform.AvailableScreen();
     m_bounds = QRect(screen.x() + (screen.width() - DesignWidth) / 2,

@@ -10,6 +10,9 @@
 #include <QRect>
 #include <QString>
 
+#include <functional>
+#include <vector>
+
 class REALEasyPrefs;
 
 // The main window's controller. Every operation of the program hangs off it;
@@ -48,7 +51,32 @@ public:
     Label StaticText23{QStringLiteral("Activity Log")};
     Label DisplayStatus{QStringLiteral("Ready")};
     PushButton CopyNewFilesButton{QStringLiteral("Copy New Files from Corvane")};
+    MenuItem FileQuit{QStringLiteral("Quit")};
     MenuItem ViewTrace{QStringLiteral("Trace")};
+    MenuItem WindowMinimize{QStringLiteral("Minimize")};
+    MenuItem WindowZoom{QStringLiteral("Zoom")};
+    MenuItem WindowSettodefaultposition{QStringLiteral("Set To Default Position")};
+    MenuItem HelpVexilUtilHelp{QStringLiteral("Vexil Utility Help")};
+    MenuItem HelpReleaseNotes{QStringLiteral("Vexil Firmware Release Notes")};
+    MenuItem HelpAboutVexilUtil{QStringLiteral("About Vexil Utility")};
+    MenuItem BrowserHelp{QStringLiteral("Open Help In Browser")};
+
+    // One line of a menu: an item, or a separator where `item` is null. The
+    // shortcut is in portable form ("Ctrl" becomes Command on a Mac keyboard).
+    struct MenuEntry {
+        QString name;
+        MenuItem* item;
+        QString shortcut;
+    };
+    struct Menu {
+        QString name;
+        QString text;
+        std::vector<MenuEntry> entries;
+    };
+    // The menu bar, menus and items in their order.
+    const std::vector<Menu>& MenuBar1() const { return m_menuBar; }
+    // The item of that name, or null.
+    MenuItem* MenuItemNamed(const QString& name) const;
     Timer FTPTimer{250};
     Timer SendAllTimer{250};
 
@@ -73,6 +101,24 @@ public:
     void GetOSVersion();
     void TabPanel1_Change(int value);
 
+    // Binds each menu item to its handler by the item's name.
+    void AddMenuHandlers();
+    // A key the window got with no control taking it; false lets it go on.
+    bool Event_KeyDown(const QString& key, Qt::KeyboardModifiers modifiers);
+    bool _ViewTrace_Action();
+    bool _WindowMinimize_Action();
+    bool _WindowZoom_Action();
+    bool _WindowSettodefaultposition_Action();
+    bool _HelpVexilUtilHelp_Action();
+    bool _HelpReleaseNotes_Action();
+    bool _HelpAboutVexilUtil_Action();
+    bool _BrowserHelp_Action();
+
+    // How "Vexil Utility Help" opens the manual: given the start page's path,
+    // the help system shows it. Without one the item does nothing.
+    using HelpRunner = std::function<void(const QString& file)>;
+    void SetHelpRunner(HelpRunner run) { m_runHelp = std::move(run); }
+
 signals:
     void titleChanged();
     void boundsChanged();
@@ -81,6 +127,8 @@ signals:
     void focusStatusField();
     // The close put off by Event_CancelClose is due: the view closes the window.
     void closeRequested();
+    void minimizeRequested();
+    void zoomRequested();
 
 private:
     // The load driver's steps up to the question; true when the load succeeded.
@@ -94,4 +142,6 @@ private:
     QString m_title = QStringLiteral("Corvane Vexil Utility");
     QRect m_bounds;
     int m_tabPanel = 0;
+    std::vector<Menu> m_menuBar;
+    HelpRunner m_runHelp;
 };

@@ -17,12 +17,18 @@ public:
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
+    // Keys no control took: the status log's edit shortcuts work from anywhere.
+    void keyPressEvent(QKeyEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void moveEvent(QMoveEvent* event) override;
 
 private:
     void ShowProgressWin(ProgressWin* model);
     void ApplyBounds();
+    void BuildMenuBar();
+    int MenuBarHeight() const;
+    // The window without its menu bar: what the controller calls its bounds.
+    QRect ContentBounds() const;
 
     Window1& m_controller;
     DesignLayout m_layout;

@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <QStringList>
+#include <QUrl>
 
 #include <functional>
 #include <vector>
@@ -41,6 +42,8 @@ public:
     // Hands a document to its default application without waiting for it;
     // false when no program on the desktop takes the file.
     virtual bool OpenDocument(const QString& path) = 0;
+    // Hands a URL to the default browser or handler, without waiting for it.
+    virtual bool OpenURL(const QUrl& url) = 0;
 
     // A folder chooser; the chosen folder's absolute path, or empty when cancelled.
     virtual QString ChooseFolder(const QString& title, const QString& actionCaption, const QString& initialFolder) = 0;

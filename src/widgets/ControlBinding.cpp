@@ -1,11 +1,13 @@
 #include "ControlBinding.h"
 
 #include "Label.h"
+#include "MenuItem.h"
 #include "ProgressBar.h"
 #include "PushButton.h"
 #include "TextArea.h"
 #include "TextField.h"
 
+#include <QAction>
 #include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QLabel>
@@ -41,6 +43,31 @@ void BindButton(QPushButton* widget, PushButton& model)
     sync();
     QObject::connect(&model, &PushButton::changed, widget, sync);
     QObject::connect(widget, &QPushButton::clicked, &model, [&model] { model.Push(); });
+}
+
+void BindMenuItem(QAction* action, MenuItem& item)
+{
+    auto sync = [action, &item] {
+        action->setText(item.Text());
+        action->setEnabled(item.Enabled());
+        action->setChecked(item.Checked());
+    };
+    sync();
+    QObject::connect(&item, &MenuItem::changed, action, sync);
+    // The action flips its own mark when chosen; the item's handler decides it.
+    QObject::connect(action, &QAction::triggered, &item, [&item, sync] {
+        sync();
+        emit item.Action();
+    });
+}
+
+void NameAfterCaption(QLabel* value, Label& model, const QLabel* caption)
+{
+    auto name = [value, &model, caption] {
+        value->setAccessibleName(caption->text() + QStringLiteral(": ") + model.Text());
+    };
+    name();
+    QObject::connect(&model, &Label::changed, value, name);
 }
 
 namespace {

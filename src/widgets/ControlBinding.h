@@ -5,6 +5,8 @@
 #include <functional>
 
 class Label;
+class MenuItem;
+class QAction;
 class PushButton;
 class TextArea;
 class TextField;
@@ -32,3 +34,9 @@ void BindButton(QPushButton* widget, PushButton& model);
 void BindTextArea(QPlainTextEdit* widget, TextArea& model, TextAreaEvents events = {});
 void BindTextField(QLineEdit* widget, TextField& model);
 void BindProgressBar(QProgressBar* widget, ProgressBar& model);
+// The action's text, enabled state and check mark follow the item; choosing
+// the action is the item's Action. Only a checkable action shows the mark.
+void BindMenuItem(QAction* action, MenuItem& item);
+// A screen reader reads a value label with its caption ("Available: 01.12"),
+// not as a bare number, whatever text the value shows.
+void NameAfterCaption(QLabel* value, Label& model, const QLabel* caption);

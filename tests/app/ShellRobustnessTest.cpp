@@ -84,8 +84,9 @@ TEST_F(Shell, WindowStaysServedAndShowsItsNewestLineAtItsDesignedSizes)
 {
     auto* log = view.findChild<QPlainTextEdit*>();
     for (QLabel* label : view.findChildren<QLabel*>())
-        EXPECT_EQ(label->font().pointSize(), label->text() == QLatin1String("Ready") ? 11 : 12);
-    EXPECT_EQ(log->font().pointSize(), 12);
+        EXPECT_DOUBLE_EQ(label->font().pointSizeF() * 12 / QApplication::font().pointSizeF(),
+                         label->text() == QLatin1String("Ready") ? 11 : 12);
+    EXPECT_DOUBLE_EQ(log->font().pointSizeF(), QApplication::font().pointSizeF());
 
     view.show();
     log->setFont(QFont(log->font().family(), 30));

@@ -89,8 +89,8 @@ TEST_F(Window1ViewTest, ResizeStretchesByLockedSides)
         groups.append({group, group->geometry()});
     ASSERT_EQ(groups.size(), 4); // folder, check, revisions, log
 
-    const QSize target = view.size() + QSize(100, 50);
-    view.resize(target);
+    const QSize target = view.centralWidget()->size() + QSize(100, 50);
+    view.resize(view.size() + QSize(100, 50));
     ASSERT_TRUE(QTest::qWaitFor([&] { return view.centralWidget()->size() == target; }, 2000));
 
     EXPECT_EQ(log->geometry(), logBefore.adjusted(0, 0, 100, 50));

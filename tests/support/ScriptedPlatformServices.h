@@ -34,6 +34,7 @@ public:
         calls << QStringLiteral("OpenDocument: ") + path;
         return documentOpens;
     }
+    bool OpenURL(const QUrl& url) override { calls << QStringLiteral("OpenURL: ") + url.toString(); return true; }
 
     QString ChooseFolder(const QString& title, const QString& actionCaption, const QString& initialFolder) override
     {
