@@ -341,9 +341,10 @@ int VexilCtl::Load(const QString& file)
     m_globals.m_ProgressWinOpen = false;
     m_window.mDeviceBusy = false;
 
-    result.insert(QStringLiteral("loaded"), loaded && !m_stopped);
+    result.insert(QStringLiteral("loaded"), loaded);
     result.insert(QStringLiteral("revision"), m_globals.m_strMcuRevision);
-    if (m_stopped)
+    // A second Ctrl+C after the last packet came too late to stop anything.
+    if (m_stopped && !loaded)
         return Finish(result, {QStringLiteral("Stopped: the Vexil is left without firmware; load it again")},
                       Interrupted);
     if (m_cancelled && m_phase == Phase::Idle)

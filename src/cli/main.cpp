@@ -67,7 +67,7 @@ int main(int argc, char* argv[])
                                    QStringLiteral("Writes only results and errors: no log lines, no progress."));
     const QCommandLineOption simulate(QStringLiteral("simulate"),
                                       QStringLiteral("Works on a simulated Vexil instead of the USB device."));
-    const QCommandLineOption sim(QStringLiteral("sim"), QStringLiteral("Settings of the simulated Vexil (see below)."),
+    const QCommandLineOption sim(QStringLiteral("sim"), QStringLiteral("Settings of the simulated Vexil (see above)."),
                                  QStringLiteral("SETTINGS"));
     parser.addOptions({help, version, folder, json, quiet, simulate, sim});
     parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("status, verify, load or fetch."),
