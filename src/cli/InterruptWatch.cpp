@@ -6,7 +6,8 @@
 
 namespace {
 
-// Written by the handler, read by the notifier; one pair for the process.
+// Written by the handler, read by the notifier: a signal handler can reach
+// nothing but a static, so this is the one pair of the process.
 int g_pair[2] = {-1, -1};
 
 void OnSigint(int)
