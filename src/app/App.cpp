@@ -65,6 +65,11 @@ void App::Event_Open()
     m_globals.appHelpFolder = HelpFolderFor(QCoreApplication::applicationDirPath());
     m_helpGlobals.UniHelp =
         std::make_unique<UniHelpEngine>(m_helpGlobals, m_globals.appHelpFolder, QCoreApplication::instance());
+    // The help menu names the start page; it is opened from the engine's own folder.
+    m_window1->SetHelpRunner([this](const QString& file) {
+        UniHelpEngine& help = *m_helpGlobals.UniHelp;
+        help.Run(QFileInfo(QDir(help.HelpFolder).filePath(QFileInfo(file).fileName())));
+    });
     QGuiApplication::setQuitOnLastWindowClosed(true);
     m_view = std::make_unique<Window1View>(*m_window1);
     // The desktop's logout asks first; during a load the answer is no, as for any close.

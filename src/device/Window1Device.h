@@ -7,6 +7,7 @@
 #include "Window1Base.h"
 
 #include <cstdint>
+#include <functional>
 
 // The main window's device operations: one command exchange at a time over
 // the HID link, and the revision queries that fill MCUinstalledText.
@@ -39,6 +40,10 @@ public:
     bool mDeviceBusy = false;
     // True while an exchange waits for its answer and serves the event loop.
     bool mExchanging = false;
+    // Asked by a load before the erase (false) and before each packet after it
+    // (true); answering false stops it there. A program that can be interrupted
+    // sets it; unset, a load runs to its end.
+    std::function<bool(bool flashErased)> LoadMayGoOn;
 
     void OpenHid();
     // One command and the wait for the status letter that ends it. No retry.

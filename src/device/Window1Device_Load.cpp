@@ -64,6 +64,13 @@ bool Window1Device::VexilLoader()
         working = VexilAppVersion();
     if (working)
         working = VexilUnlock();
+    if (working && LoadMayGoOn && !LoadMayGoOn(false)) {
+        // Nothing is erased yet: the device keeps its firmware and is not asked again.
+        ReportLine(QStringLiteral("Firmware load cancelled before the flash erase"), false);
+        loader.bs.Close();
+        bar.SetMaximum(0);
+        return false;
+    }
     if (working)
         working = VexilEraseFlash();
 
@@ -94,6 +101,8 @@ bool Window1Device::VexilLoader()
                 break;
             if (loader.m_dwAddress < FLASH_WINDOW_START)
                 continue;
+            if (LoadMayGoOn && !LoadMayGoOn(true))
+                break;
 
             WriteFrame.pkt.addr = static_cast<std::int32_t>(counter & ~127u);
             WriteFrame.pkt.pkno = static_cast<std::uint8_t>((counter % 128) / 16);

@@ -4,6 +4,8 @@
 #include "PushButton.h"
 #include "Window1Firmware.h"
 
+#include <QFileInfo>
+
 FirmwareDownload::FirmwareDownload(Window1Firmware& window, PushButton& button)
     : Ftp(window), m_window(window), m_button(button)
 {
@@ -28,13 +30,17 @@ void FirmwareDownload::Tell(const QString& text)
         m_window.platform().MsgBox(text);
 }
 
-void FirmwareDownload::DoMacDownload()
+FirmwareDownload::Outcome FirmwareDownload::DoMacDownload()
 {
     Globals& globals = m_window.globals();
-    if (Ftp.Abandoned())
-        return m_button.SetEnabled(true);
+    Copied.clear();
+    if (Ftp.Abandoned()) {
+        m_button.SetEnabled(true);
+        return Outcome::Unreachable;
+    }
     Ftp.BeginRun(RunBoundMs);
     int count = 0;
+    Outcome outcome = Outcome::Unreachable;
     if (!Ftp.FTPLogon()) {
         Tell(QStringLiteral("Logon to Corvane FTP server failed"));
     } else if (!Ftp.FTPChangeDir(QLatin1String(ServerDirectory))) {
@@ -45,10 +51,18 @@ void FirmwareDownload::DoMacDownload()
         const QStringList names = listing.split(QLatin1Char('\n'));
         Ftp.Session->SetLocalDirectoryPathName(globals.m_FolderPath);
         Ftp.FTPGetNewHexRevision(names, QLatin1String(FirmwarePrefix), count);
+        // A failed verification deletes the file after a fetch that went well.
+        outcome = count == 0 ? Outcome::UpToDate
+            : QFileInfo(globals.m_FolderPath + Ftp.strFileName).isFile() ? Outcome::Copied
+            : globals.FTPError ? Outcome::FetchFailed
+                               : Outcome::Unsound;
+        if (outcome == Outcome::Copied)
+            Copied << Ftp.strFileName;
         const QString notes = QLatin1String(Window1Firmware::ReleaseNotesName);
         if (count > 0 && names.contains(notes, Qt::CaseInsensitive)) {
             ++count;
-            Ftp.FTPGetFile(notes);
+            if (Ftp.FTPGetFile(notes))
+                Copied << notes;
         }
         // The word stays "file" for every count.
         if (!Ftp.Abandoned() && count > 0)
@@ -64,4 +78,5 @@ void FirmwareDownload::DoMacDownload()
         m_window.CheckVexilRevisions();
     }
     m_button.SetEnabled(true);
+    return outcome;
 }

@@ -3,6 +3,7 @@
 #include "FTP.h"
 
 #include <QString>
+#include <QStringList>
 #include <QtGlobal>
 
 class PushButton;
@@ -21,6 +22,9 @@ public:
     // a server that keeps an operation alive without end still lets go.
     static constexpr qint64 DefaultRunBoundMs = 5 * 60 * 1000;
 
+    // How a run ended, for a caller without a window to read it from.
+    enum class Outcome { Copied, UpToDate, Unreachable, FetchFailed, Unsound };
+
     FirmwareDownload(Window1Firmware& window, PushButton& button);
 
     FTP Ftp;
@@ -32,7 +36,9 @@ public:
 
     // The button was pressed: the run starts when the caller's timer fires.
     void CopyNewFilesButton_Action();
-    void DoMacDownload();
+    Outcome DoMacDownload();
+    // The names the last run wrote into the folder, in the order it wrote them.
+    QStringList Copied;
     // The main window closes: a waiting run ends at once, quietly, and the
     // device link is left closed.
     void Event_Close() { Ftp.Abandon(); }
