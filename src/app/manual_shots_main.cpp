@@ -81,6 +81,7 @@ public:
     void ShowInitWin(int, const QString&) override {}
     void CloseInitWin() override {}
     bool OpenDocument(const QString&) override { return false; }
+    bool OpenURL(const QUrl&) override { return false; }
     QString ChooseFolder(const QString&, const QString&, const QString&) override { return {}; }
     QStringList MountedVolumes() override { return m_real.MountedVolumes(); }
     QString ClipboardText() override { return {}; }
@@ -93,6 +94,10 @@ public:
 
 private:
     QtPlatformServices m_real;
+
+public:
+    // The help window is never shown here; the real desktop stands in for it.
+    HelpPlatform& help() { return m_real; }
 };
 
 QWidget* TopLevelTitled(const QString& title)
@@ -113,7 +118,7 @@ void ShootLoad(ShootingPlatform& platform)
     device.SetRevisionAfterLoad(113);
     device.SetLatencyMicroseconds(150);
     device.SetEraseMicroseconds(300'000);
-    App app(clock, device, platform);
+    App app(clock, device, platform, platform.help());
     app.Event_Open();
     Window1& window = app.window1();
     Window1View& view = *app.view();
@@ -169,7 +174,7 @@ void ShootNoDevice(ShootingPlatform& platform)
     SystemClock clock;
     SimulatedVexil device(clock);
     device.SetPresent(false);
-    App app(clock, device, platform);
+    App app(clock, device, platform, platform.help());
     app.Event_Open();
     Window1View& view = *app.view();
     Save(view, QStringLiteral("no-device.png"), QRect(0, 206, view.width(), 328));

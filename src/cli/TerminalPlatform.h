@@ -23,6 +23,7 @@ public:
     void ShowInitWin(int, const QString&) override {}
     void CloseInitWin() override {}
     bool OpenDocument(const QString&) override { return false; }
+    bool OpenURL(const QUrl&) override { return false; }
     QString ChooseFolder(const QString&, const QString&, const QString&) override { return {}; }
     QStringList MountedVolumes() override { return {QStringLiteral("/")}; }
     QString ClipboardText() override { return {}; }

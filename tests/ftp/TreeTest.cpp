@@ -145,11 +145,13 @@ TEST(ScriptedTreeTest, HostileListingWritesNothingOutsideTheFolder)
     listing.listen(QHostAddress::LocalHost, 0);
     QPointer<QTcpSocket> data;
     QObject::connect(&listing, &QTcpServer::newConnection, [&] { data = listing.nextPendingConnection(); });
+    QTcpServer unused; // the data port offered for the next file, which never comes
+    unused.listen(QHostAddress::LocalHost, 0);
     FtpSessionHarness h;
     ScriptedFtpPeer peer;
     const auto pasv = [](quint16 port) { return "227 Passive (127,0,0,1," + QByteArray::number(port / 256) + ',' + QByteArray::number(port % 256) + ")\r\n"; };
     peer.replies = {"220 Ready\r\n", "331 Password\r\n", "230 In\r\n", pasv(listing.serverPort()), "250 OK\r\n",
-                    "257 \"/top\"\r\n", "150 Here\r\n", "200 Type\r\n", pasv(peer.OpenDataListener()), "250 Up\r\n"};
+                    "257 \"/top\"\r\n", "150 Here\r\n", "200 Type\r\n", pasv(unused.serverPort()), "250 Up\r\n"};
     QTemporaryDir outer;
     QDir().mkpath(outer.filePath("inner"));
     h.LogonTo(peer.Port());
