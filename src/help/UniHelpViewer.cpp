@@ -139,6 +139,13 @@ void UniHelpViewer::BuildControls()
     add(VertGrabber, "VertGrabber", {233, 200, 3, 24}, L::Left);
     HelpView = new HtmlHelpView(this);
     add(HelpView, "HelpView", {240, 0, 460, 370}, L::All);
+    // Names for screen readers, which have no caption to read beside these.
+    HelpList->setAccessibleName(QStringLiteral("Contents"));
+    IndexField->setAccessibleName(QStringLiteral("Find in the index"));
+    IndexList->setAccessibleName(QStringLiteral("Index"));
+    SearchField->setAccessibleName(QStringLiteral("Search for"));
+    SearchList->setAccessibleName(QStringLiteral("Search results"));
+    HelpView->setAccessibleName(QStringLiteral("Help page"));
     StatusLabel = new QLabel(this);
     QPalette grey = StatusLabel->palette();
     grey.setColor(QPalette::WindowText, QColor(0x66, 0x66, 0x66));

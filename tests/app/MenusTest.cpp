@@ -1,4 +1,5 @@
 #include "AboutWindow.h"
+#include "HelpFolder.h"
 #include "MessageWindow.h"
 #include "MyMsgBoxWin.h"
 #include "MyYesWindow.h"
@@ -92,16 +93,23 @@ TEST_F(MenusTest, EveryControlOfEveryWindowHasANameAndTheLogReadsAsText)
     MessageWindow notice({});
     MyMsgBoxWin message;
     MyYesWindow question;
+    ScriptedHelpPlatform helpPlatform;
+    UniHelpGlobals helpGlobals(helpPlatform);
+    UniHelpEngine help(helpGlobals, QStringLiteral(MANUAL_DIR));
+    help.Run(QFileInfo());
     const std::pair<const char*, QWidget*> windows[] = {{"main window", &view}, {"progress window", progress},
                                                         {"about box", &about},  {"new firmware notice", &notice},
-                                                        {"message", &message},  {"question", &question}};
+                                                        {"message", &message},  {"question", &question},
+                                                        {"help window on the manual", OpenViewer()}};
     for (const auto& [name, shown] : windows) {
+        ASSERT_NE(shown, nullptr) << name;
         shown->show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(shown)) << name;
         QStringList unnamed;
         CollectUnnamed(QAccessible::queryAccessibleInterface(shown), unnamed);
         EXPECT_EQ(unnamed, QStringList()) << name;
     }
+    CloseViewersNow();
 
     // The revisions are read with their captions, not as bare numbers.
     window.MCUinstalledText.SetText(QStringLiteral("00.57"));
