@@ -2,6 +2,7 @@
 
 #include "AppIcon.h"
 #include "PlatformServices.h"
+#include "UniHelpEngine.h"
 #include "Window1View.h"
 
 #include <QApplication>
@@ -12,15 +13,18 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
 #include <QGuiApplication>
 
-App::App(Clock& clock, HidBackend& backend, PlatformServices& platform)
-    : m_hid(backend), m_window1(std::make_unique<Window1>(m_globals, clock, platform, m_hid, m_prefs))
+App::App(Clock& clock, HidBackend& backend, PlatformServices& platform, HelpPlatform& helpPlatform)
+    : m_hid(backend), m_helpGlobals(helpPlatform), m_window1(std::make_unique<Window1>(m_globals, clock, platform, m_hid, m_prefs))
 {
 }
 
 App::~App()
 {
+    // A viewer reports its close to the help state, which goes with the App.
+    UniHelpEngine::CloseViewers();
     m_view.reset();
     m_window1.reset();
     m_hid.Close();
@@ -30,7 +34,10 @@ QString App::HelpFolderFor(const QString& executableDir)
 {
     QDir dir(executableDir);
     dir.cdUp();
-    return dir.absoluteFilePath(QStringLiteral("Resources/Help"));
+    const QString built = dir.absoluteFilePath(QStringLiteral("Resources/Help"));
+    const QString installed = dir.absoluteFilePath(QStringLiteral("share/vexil-utility/Help"));
+    // With neither, the folder the help reports missing is the build tree's.
+    return !QFileInfo(built).isDir() && QFileInfo(installed).isDir() ? installed : built;
 }
 
 void App::ConfigureApplication()
@@ -56,6 +63,8 @@ std::unique_ptr<QLockFile> App::ClaimOnlyCopy(PlatformServices& platform)
 void App::Event_Open()
 {
     m_globals.appHelpFolder = HelpFolderFor(QCoreApplication::applicationDirPath());
+    m_helpGlobals.UniHelp =
+        std::make_unique<UniHelpEngine>(m_helpGlobals, m_globals.appHelpFolder, QCoreApplication::instance());
     QGuiApplication::setQuitOnLastWindowClosed(true);
     m_view = std::make_unique<Window1View>(*m_window1);
     // The desktop's logout asks first; during a load the answer is no, as for any close.

@@ -2,6 +2,7 @@
 
 #include "Globals.h"
 #include "REALEasyPrefs.h"
+#include "UniHelpGlobals.h"
 #include "VexilHid.h"
 #include "Window1.h"
 
@@ -10,6 +11,7 @@
 #include <memory>
 
 class Clock;
+class HelpPlatform;
 class HidBackend;
 class PlatformServices;
 class Window1View;
@@ -18,7 +20,7 @@ class Window1View;
 // one place that knows which clock, HID backend and desktop it runs on.
 class App {
 public:
-    App(Clock& clock, HidBackend& backend, PlatformServices& platform);
+    App(Clock& clock, HidBackend& backend, PlatformServices& platform, HelpPlatform& helpPlatform);
     ~App();
 
     Globals& globals() { return m_globals; }
@@ -26,12 +28,15 @@ public:
     VexilHid& vexilHid() { return m_hid; }
     Window1& window1() { return *m_window1; }
     Window1View* view() { return m_view.get(); }
+    // The help system's state; its engine exists once Event_Open has run.
+    UniHelpGlobals& helpGlobals() { return m_helpGlobals; }
 
     // Sets up what the menus need, then opens the main window: its start-up
     // checks run first, and the window shows once they are done.
     void Event_Open();
 
-    // The help pages: "Resources/Help" beside the executable's folder.
+    // The help pages: "Resources/Help" beside the executable's folder (the
+    // build tree), else the installed "share/vexil-utility/Help" there.
     static QString HelpFolderFor(const QString& executableDir);
 
     // What the program sets on the application before any window opens. No
@@ -46,6 +51,7 @@ private:
     Globals m_globals;
     REALEasyPrefs m_prefs;
     VexilHid m_hid;
+    UniHelpGlobals m_helpGlobals;
     std::unique_ptr<Window1> m_window1;
     std::unique_ptr<Window1View> m_view;
 };

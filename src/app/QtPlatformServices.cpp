@@ -173,3 +173,28 @@ void QtPlatformServices::Quit(int exitCode)
     QApplication::closeAllWindows();
     QCoreApplication::exit(exitCode);
 }
+
+void QtPlatformServices::CautionBox(const QString& text, const QString& explanation)
+{
+    QMessageBox box(QMessageBox::Warning, QStringLiteral("Vexil Utility"), text, QMessageBox::Ok);
+    box.setInformativeText(explanation);
+    box.exec();
+}
+
+bool QtPlatformServices::OpenUrl(const QString& url)
+{
+    return QDesktopServices::openUrl(QUrl(url));
+}
+
+int QtPlatformServices::HistoryMenu(const QStringList& titles, int checked)
+{
+    QMenu menu;
+    for (int i = 0; i < titles.size(); ++i) {
+        QAction* action = menu.addAction(titles.at(i));
+        action->setData(i);
+        action->setCheckable(i == checked);
+        action->setChecked(i == checked);
+    }
+    const QAction* chosen = menu.exec(QCursor::pos());
+    return chosen ? chosen->data().toInt() : -1;
+}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "HelpPlatform.h"
 #include "PlatformServices.h"
 
 #include <QPointer>
@@ -8,9 +9,10 @@ class InitWin;
 class MyMsgBoxWin;
 class MyYesWindow;
 
-// The desktop's own dialogs and sounds. Each small window is one instance,
-// made when first needed and reused while it is open.
-class QtPlatformServices final : public PlatformServices {
+// The desktop's own dialogs and sounds, for the program and for its help.
+// Each small window is one instance, made when first needed and reused while
+// it is open.
+class QtPlatformServices final : public PlatformServices, public HelpPlatform {
 public:
     ~QtPlatformServices() override;
 
@@ -32,6 +34,9 @@ public:
     OSVersionRecord OSVersion() override;
     QRect AvailableScreen() override;
     QList<QRect> ScreenGeometries() override;
+    void CautionBox(const QString& text, const QString& explanation) override;
+    bool OpenUrl(const QString& url) override;
+    int HistoryMenu(const QStringList& titles, int checked) override;
 
 private:
     QPointer<InitWin> m_initWin;

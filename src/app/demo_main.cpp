@@ -64,7 +64,7 @@ int main(int argc, char* argv[])
     const auto onlyCopy = App::ClaimOnlyCopy(platform);
     if (!onlyCopy)
         return 0;
-    App app(clock, device, platform);
+    App app(clock, device, platform, platform);
     // After a load the device runs the revision of the file it was sent (one byte's worth).
     device.SetRevisionAfterLoad([&app]() -> std::uint8_t {
         int index = 0;

@@ -16,7 +16,7 @@ int main(int argc, char* argv[])
         return 0;
     SystemClock clock;
     HidapiBackend backend;
-    App app(clock, backend, platform);
+    App app(clock, backend, platform, platform);
     app.Event_Open();
     return QApplication::exec();
 }

@@ -27,3 +27,26 @@ void DesignLayout::Apply(QSize windowSize) const
         item.widget->setGeometry(r);
     }
 }
+
+void DesignLayout::Place(QWidget* widget, QRect current, QSize windowSize)
+{
+    const int dx = windowSize.width() - m_designSize.width();
+    const int dy = windowSize.height() - m_designSize.height();
+    for (Item& item : m_items) {
+        if (item.widget != widget)
+            continue;
+        QRect design = current;
+        const bool left = item.locks & Left, right = item.locks & Right;
+        const bool top = item.locks & Top, bottom = item.locks & Bottom;
+        if (left && right)
+            design.setWidth(current.width() - dx);
+        else if (right)
+            design.moveLeft(current.left() - dx);
+        if (top && bottom)
+            design.setHeight(current.height() - dy);
+        else if (bottom)
+            design.moveTop(current.top() - dy);
+        item.design = design;
+    }
+    widget->setGeometry(current);
+}

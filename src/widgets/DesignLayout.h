@@ -16,6 +16,9 @@ public:
 
     void Add(QWidget* widget, QRect design, int locks);
     void Apply(QSize windowSize) const;
+    // Moves a placed widget to `current` in a window of `windowSize`; later
+    // resizes keep that place, by the widget's locks.
+    void Place(QWidget* widget, QRect current, QSize windowSize);
 
 private:
     struct Item {

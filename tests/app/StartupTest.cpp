@@ -1,3 +1,4 @@
+#include "App.h"
 #include "QtPrinters.h"
 #include "REALEasyPrefs.h"
 #include "SimRig.h"
@@ -6,7 +7,9 @@
 #include "Window1.h"
 #include "XdgHomes.h"
 
+#include <QDir>
 #include <QTcpServer>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <gtest/gtest.h>
@@ -91,4 +94,20 @@ TEST_F(Startup, ClosingWhileADownloadWaitsEndsItQuietlyAndKeepsTheServerKeys)
     EXPECT_TRUE(homes.Prefs().startsWith(keys + "winLEFT\n")) << "written, the server keys as they were";
     EXPECT_EQ(platform.calls.filter("MsgBox"), QStringList());
     EXPECT_EQ(QDir(globals.m_FolderPath).entryList(QDir::Files | QDir::Hidden), QStringList());
+}
+
+TEST(HelpFolder, TheBuildTreesFolderComesFirstThenTheInstalledOne)
+{
+    QTemporaryDir prefix;
+    const QDir root(prefix.path());
+    const QString bin = root.filePath(QStringLiteral("bin"));
+    const QString built = root.filePath(QStringLiteral("Resources/Help"));
+    const QString installed = root.filePath(QStringLiteral("share/vexil-utility/Help"));
+    QDir().mkpath(bin);
+    // Neither yet: the help names the build tree's folder as the missing one.
+    EXPECT_EQ(App::HelpFolderFor(bin), built);
+    QDir().mkpath(installed);
+    EXPECT_EQ(App::HelpFolderFor(bin), installed);
+    QDir().mkpath(built);
+    EXPECT_EQ(App::HelpFolderFor(bin), built);
 }

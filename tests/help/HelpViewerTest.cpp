@@ -1,0 +1,258 @@
+#include "HelpFolder.h"
+#include "HtmlHelpView.h"
+#include "UniHelpEngine.h"
+#include "UniHelpViewer.h"
+
+#include <QApplication>
+#include <QFontDatabase>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPointer>
+#include <QProcess>
+#include <QToolButton>
+#include <QTreeWidget>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+QList<UniHelpViewer*> OpenViewers()
+{
+    QList<UniHelpViewer*> viewers;
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (auto* viewer = qobject_cast<UniHelpViewer*>(widget); viewer && viewer->isVisible())
+            viewers << viewer;
+    return viewers;
+}
+
+void FlushDeletes()
+{
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+class HelpViewerTest : public ::testing::Test {
+protected:
+    void TearDown() override
+    {
+        UniHelpEngine::CloseViewers();
+        FlushDeletes();
+    }
+    UniHelpViewer* RunStartPage()
+    {
+        engine.Run(QFileInfo());
+        const auto viewers = OpenViewers();
+        return viewers.size() == 1 ? viewers.first() : nullptr;
+    }
+
+    ScriptedHelpPlatform platform;
+    TestHelpGlobals globals{platform};
+    HelpFolder folder;
+    UniHelpEngine engine{globals, folder.path};
+};
+
+QString Refusal(const QString& text)
+{
+    return QStringLiteral("Caution: The Help System encounted a problem. | ") + text;
+}
+
+TEST_F(HelpViewerTest, EachStartUpRefusalTellsWhyAndOpensNoWindow)
+{
+    const QString tocMissing = QStringLiteral("UniHelp cannot read the uhtoc.xml file. Please make sure that it is "
+                                              "located in the help folder and that it is compatible with UniHelp.");
+    const QString indexInvalid =
+        QStringLiteral("UniHelp cannot read the uhindex.xml file. Please make sure that it is a valid XML file that "
+                       "is compatible with UniHelp's Index format.");
+    struct Case {
+        const char* name;
+        std::function<void()> breakIt;
+        QStringList expected;
+    } cases[] = {
+        {"view refused", [this] { globals.viewAvailable = false; },
+         {QStringLiteral("Beep"),
+          Refusal(QStringLiteral("The WebKit library required by the HTML Help Viewer is not installed."))}},
+        {"folder missing", [this] { QDir(folder.path).removeRecursively(); },
+         {QStringLiteral("Beep"),
+          Refusal(QStringLiteral("The \"Help\" folder is missing! This folder must remain in the same directory as "
+                                 "the application."))}},
+        {"contents missing", [this] { folder.Remove(QStringLiteral("uhtoc.xml")); },
+         {QStringLiteral("Beep"), Refusal(tocMissing)}},
+        {"contents invalid", [this] { folder.Write(QStringLiteral("uhtoc.xml"), "<helpbook><page></helpbook>"); },
+         {QStringLiteral("Beep"),
+          Refusal(QStringLiteral("UniHelp cannot read the uhtoc.xml file. Please make sure that it is a valid XML "
+                                 "file that is compatible with UniHelp's TOC format."))}},
+        {"index missing", [this] { folder.Remove(QStringLiteral("uhindex.xml")); },
+         {QStringLiteral("Beep"),
+          Refusal(QStringLiteral("UniHelp cannot read the uhindex.xml file. Please make sure that it is located in "
+                                 "the help folder and that it is compatible with UniHelp."))}},
+        {"index invalid", [this] { folder.Write(QStringLiteral("uhindex.xml"), "no xml at all"); },
+         {QStringLiteral("Beep"), Refusal(indexInvalid)}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        HelpFolder fresh;
+        folder.path = fresh.path;
+        engine.HelpFolder = fresh.path;
+        globals.viewAvailable = true;
+        platform.calls.clear();
+        c.breakIt();
+        engine.Run(QFileInfo());
+        EXPECT_EQ(platform.calls, c.expected);
+        EXPECT_TRUE(OpenViewers().isEmpty());
+        EXPECT_EQ(globals.closed, 0);
+    }
+}
+
+TEST_F(HelpViewerTest, ASecondRunClosesTheFirstViewer)
+{
+    QPointer<UniHelpViewer> first = RunStartPage();
+    ASSERT_TRUE(first);
+    EXPECT_EQ(first->windowTitle(), QStringLiteral("Vexil Utility Help"));
+    EXPECT_EQ(first->HelpView->source(), QUrl::fromLocalFile(folder.File(QStringLiteral("VexilUtility.htm"))));
+    EXPECT_EQ(first->IndexList->topLevelItemCount(), 1);
+    EXPECT_EQ(first->HelpList->topLevelItemCount(), 2);
+
+    engine.Run(QFileInfo(folder.File(QStringLiteral("other.htm"))));
+    FlushDeletes();
+    EXPECT_TRUE(first.isNull());
+    const auto viewers = OpenViewers();
+    ASSERT_EQ(viewers.size(), 1);
+    EXPECT_EQ(viewers.first()->HelpView->source(), QUrl::fromLocalFile(folder.File(QStringLiteral("other.htm"))));
+    EXPECT_EQ(globals.closed, 1);
+    EXPECT_TRUE(platform.calls.isEmpty()) << platform.calls.join(QLatin1Char('\n')).toStdString();
+}
+
+TEST_F(HelpViewerTest, FontSizeOutsideNineToSixteenFallsBackToElevenAndTheButtonsStopAtTheLimits)
+{
+    UniHelpViewer* viewer = RunStartPage();
+    ASSERT_TRUE(viewer);
+    const struct {
+        int asked, applied;
+    } sizes[] = {{8, 11}, {9, 9}, {16, 16}, {17, 11}, {0, 11}};
+    for (const auto& s : sizes) {
+        viewer->SetFontSize(s.asked);
+        EXPECT_EQ(viewer->IndexList->font().pointSize(), s.applied) << s.asked;
+        EXPECT_EQ(viewer->CurrentFontSize(), s.applied) << s.asked;
+    }
+    viewer->SetFontSize(9);
+    viewer->BtnSmaller->click();
+    EXPECT_EQ(viewer->CurrentFontSize(), 9);
+    viewer->BtnLarger->click();
+    EXPECT_EQ(viewer->SearchField->font().pointSize(), 10);
+    viewer->SetFontSize(16);
+    viewer->BtnLarger->click();
+    EXPECT_EQ(viewer->CurrentFontSize(), 16);
+    viewer->BtnSmaller->click();
+    EXPECT_EQ(viewer->HelpList->font().pointSize(), 15);
+}
+
+TEST_F(HelpViewerTest, AFontNotInstalledFallsBackToTheAlternativeThenToTheDesktopFont)
+{
+    ASSERT_FALSE(QFontDatabase::families().isEmpty());
+    const QString installed = QFontDatabase::families().last();
+    engine.FontName = QStringLiteral("No Such Font 4711");
+    engine.AltFont = installed.toUpper();
+    UniHelpViewer* viewer = RunStartPage();
+    ASSERT_TRUE(viewer);
+    EXPECT_EQ(viewer->StatusLabel->font().family(), installed.toUpper());
+    viewer->AltFont = QStringLiteral("Nor This One");
+    viewer->SetFontName(viewer->FontName);
+    EXPECT_EQ(viewer->HelpList->font().family(), QFontDatabase::systemFont(QFontDatabase::GeneralFont).family());
+}
+
+TEST_F(HelpViewerTest, TheDividerStaysBetweenItsLimitsOnWideAndNarrowWindows)
+{
+    UniHelpViewer* viewer = RunStartPage();
+    ASSERT_TRUE(viewer);
+    // p is the divider position used; 0: the drag changes nothing.
+    const struct {
+        int width, x, p;
+    } drags[] = {
+        {900, 500, 500}, {900, 100, 230}, {900, 850, 680}, {900, 230, 0}, {900, 680, 0},
+        // Narrower than 450 the limits cross: left of 230 gives 230, all else W - 220.
+        {420, 100, 230}, {420, 210, 230}, {420, 300, 200}, {420, 230, 200},
+    };
+    for (const auto& d : drags) {
+        SCOPED_TRACE(testing::Message() << d.width << " " << d.x);
+        viewer->resize(d.width, 500);
+        viewer->Event_MouseDrag(300, 100);
+        const int before = viewer->HelpView->x() - 10;
+        viewer->Event_MouseDrag(d.x, 100);
+        const int p = d.p ? d.p : before;
+        EXPECT_EQ(viewer->HelpList->width(), p + 1);
+        EXPECT_EQ(viewer->IndexField->width(), p - 5);
+        EXPECT_EQ(viewer->HelpView->geometry(), QRect(p + 10, 0, d.width - (p + 10), 470));
+        EXPECT_EQ(viewer->StatusLabel->geometry(), QRect(p + 13, 475, d.width - (p + 29), 20));
+        EXPECT_EQ(viewer->VertGrabber->x(), p + 3);
+        EXPECT_EQ(viewer->VertGrabber->y(), 250);
+    }
+    // A resize keeps the divider where it was dragged.
+    viewer->resize(900, 400);
+    viewer->Event_MouseDrag(400, 100);
+    viewer->resize(1000, 600);
+    EXPECT_EQ(viewer->HelpView->geometry(), QRect(410, 0, 590, 570));
+    EXPECT_EQ(viewer->SearchBtn->x(), 370);
+    EXPECT_TRUE(viewer->IsCursorGrabbing(405, 300));
+    EXPECT_FALSE(viewer->IsCursorGrabbing(395, 300));
+}
+
+TEST_F(HelpViewerTest, TheRememberedPlacementIsUsedOnlyWithoutAutoSet)
+{
+    globals.UHelpLeft = 50;
+    globals.UHelpTop = 60;
+    globals.UHelpWidth = 500;
+    globals.UHelpHeight = 300;
+    UniHelpViewer* viewer = RunStartPage();
+    ASSERT_TRUE(viewer);
+    EXPECT_EQ(viewer->size(), QSize(700, 400));
+    // Centred on the screen the platform reports.
+    EXPECT_EQ(viewer->geometry().center(), QRect(0, 0, 1600, 1000).center());
+
+    // Closing it stores its own placement, which the next Run would use.
+    viewer->close();
+    engine.AutoSet = false;
+    globals.UHelpLeft = 50;
+    globals.UHelpTop = 60;
+    globals.UHelpWidth = 500;
+    globals.UHelpHeight = 300;
+    viewer = RunStartPage();
+    ASSERT_TRUE(viewer);
+    EXPECT_EQ(viewer->geometry(), QRect(50, 60, 500, 300));
+    viewer->setGeometry(70, 90, 640, 380);
+    viewer->close();
+    EXPECT_EQ(QRect(globals.UHelpLeft, globals.UHelpTop, globals.UHelpWidth, globals.UHelpHeight),
+              QRect(70, 90, 640, 380));
+}
+
+} // namespace
+
+namespace {
+
+TEST_F(HelpViewerTest, AVolumeUnpacksIntoANewTemporaryHelpFolder)
+{
+    QDir(folder.path).mkpath(QStringLiteral("sub"));
+    folder.Write(QStringLiteral("sub/deeper.htm"), "<p>deep</p>");
+    folder.Write(QStringLiteral("volume.qrc"),
+                 "<RCC><qresource><file>uhtoc.xml</file><file>sub/deeper.htm</file></qresource></RCC>");
+    const QString volume = folder.root.filePath(QStringLiteral("guide.vv"));
+    QProcess rcc;
+    rcc.setWorkingDirectory(folder.path);
+    rcc.start(QStringLiteral(RCC_EXECUTABLE), {QStringLiteral("-binary"), QStringLiteral("volume.qrc"),
+                                               QStringLiteral("-o"), volume});
+    ASSERT_TRUE(rcc.waitForFinished(30000) && rcc.exitCode() == 0);
+
+    engine.VVInitialize(folder.File(QStringLiteral("other.htm")));
+    EXPECT_TRUE(engine.HelpFolder.isEmpty());
+
+    engine.VVInitialize(volume);
+    ASSERT_FALSE(engine.HelpFolder.isEmpty());
+    const QDir unpacked(engine.HelpFolder);
+    EXPECT_TRUE(unpacked.dirName().startsWith(QStringLiteral("Help")));
+    EXPECT_EQ(unpacked.entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList({"sub", "uhtoc.xml"}));
+    QFile deeper(unpacked.filePath(QStringLiteral("sub/deeper.htm")));
+    ASSERT_TRUE(deeper.open(QIODevice::ReadOnly));
+    EXPECT_EQ(deeper.readAll(), "<p>deep</p>");
+    EXPECT_TRUE(platform.calls.isEmpty()) << platform.calls.join(QLatin1Char('\n')).toStdString();
+    QDir(engine.HelpFolder).removeRecursively();
+}
+
+} // namespace
