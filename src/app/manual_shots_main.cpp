@@ -90,6 +90,8 @@ public:
     OSVersionRecord OSVersion() override { return m_real.OSVersion(); }
     QRect AvailableScreen() override { return m_real.AvailableScreen(); }
     QList<QRect> ScreenGeometries() override { return m_real.ScreenGeometries(); }
+    // Help messages go to the real desktop: no help window is photographed.
+    HelpPlatform& Help() { return m_real; }
 
 private:
     QtPlatformServices m_real;
@@ -113,7 +115,7 @@ void ShootLoad(ShootingPlatform& platform)
     device.SetRevisionAfterLoad(113);
     device.SetLatencyMicroseconds(150);
     device.SetEraseMicroseconds(300'000);
-    App app(clock, device, platform);
+    App app(clock, device, platform, platform.Help());
     app.Event_Open();
     Window1& window = app.window1();
     Window1View& view = *app.view();
@@ -169,7 +171,7 @@ void ShootNoDevice(ShootingPlatform& platform)
     SystemClock clock;
     SimulatedVexil device(clock);
     device.SetPresent(false);
-    App app(clock, device, platform);
+    App app(clock, device, platform, platform.Help());
     app.Event_Open();
     Window1View& view = *app.view();
     Save(view, QStringLiteral("no-device.png"), QRect(0, 206, view.width(), 328));
