@@ -9,6 +9,7 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QLineEdit>
 #include <QPixmap>
 
 #include <cstdio>
@@ -23,6 +24,11 @@ public:
         std::fprintf(stderr, "%s\n%s\n", qPrintable(text), qPrintable(explanation));
     }
     void Beep() override {}
+    bool CreditsBox(const QString& text, const QString& explanation) override
+    {
+        std::fprintf(stderr, "%s\n%s\n", qPrintable(text), qPrintable(explanation));
+        return false;
+    }
     bool OpenDocument(const QString&) override { return false; }
     bool OpenUrl(const QString&) override { return false; }
     int HistoryMenu(const QStringList&, int) override { return -1; }
@@ -43,7 +49,11 @@ int main(int argc, char* argv[])
                                   QStringLiteral("file"));
     const QCommandLineOption size(QStringLiteral("size"), QStringLiteral("Window size (default 900x600)."),
                                   QStringLiteral("WxH"), QStringLiteral("900x600"));
-    parser.addOptions({page, size});
+    const QCommandLineOption search(QStringLiteral("search"), QStringLiteral("Open on the search tab with this term."),
+                                    QStringLiteral("term"));
+    const QCommandLineOption index(QStringLiteral("index"), QStringLiteral("Show the index tab with this text typed."),
+                                   QStringLiteral("text"));
+    parser.addOptions({page, size, search, index});
     parser.addPositionalArgument(QStringLiteral("folder"), QStringLiteral("The help folder."));
     parser.addPositionalArgument(QStringLiteral("picture"), QStringLiteral("The PNG file to write."));
     parser.process(application);
@@ -60,7 +70,10 @@ int main(int argc, char* argv[])
     globals.UHelpTop = 0;
     globals.UHelpWidth = wh.value(0).toInt() > 0 ? wh.value(0).toInt() : 900;
     globals.UHelpHeight = wh.value(1).toInt() > 0 ? wh.value(1).toInt() : 600;
-    globals.UniHelp->Run(parser.isSet(page) ? QFileInfo(QDir(folder).filePath(parser.value(page))) : QFileInfo());
+    if (parser.isSet(search))
+        globals.UniHelp->Run(parser.value(search));
+    else
+        globals.UniHelp->Run(parser.isSet(page) ? QFileInfo(QDir(folder).filePath(parser.value(page))) : QFileInfo());
 
     UniHelpViewer* viewer = nullptr;
     for (QWidget* widget : QApplication::topLevelWidgets())
@@ -68,6 +81,10 @@ int main(int argc, char* argv[])
             viewer = v;
     if (!viewer)
         return 1;
+    if (parser.isSet(index)) {
+        viewer->TabSelected(1);
+        viewer->IndexField->setText(parser.value(index));
+    }
     // Pictures and layout settle within a few passes of the event loop.
     QElapsedTimer settle;
     settle.start();

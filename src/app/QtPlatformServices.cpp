@@ -193,6 +193,13 @@ void QtPlatformServices::CautionBox(const QString& text, const QString& explanat
     box.exec();
 }
 
+bool QtPlatformServices::CreditsBox(const QString& text, const QString& explanation)
+{
+    QMessageBox box(QMessageBox::Information, QStringLiteral("Vexil Utility"), text, QMessageBox::Ok | QMessageBox::Cancel);
+    box.setInformativeText(explanation);
+    return box.exec() == QMessageBox::Ok;
+}
+
 bool QtPlatformServices::OpenUrl(const QString& url)
 {
     return QDesktopServices::openUrl(QUrl(url));

@@ -37,6 +37,7 @@ public:
     QRect AvailableScreen() override;
     QList<QRect> ScreenGeometries() override;
     void CautionBox(const QString& text, const QString& explanation) override;
+    bool CreditsBox(const QString& text, const QString& explanation) override;
     bool OpenUrl(const QString& url) override;
     int HistoryMenu(const QStringList& titles, int checked) override;
 

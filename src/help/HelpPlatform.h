@@ -13,6 +13,8 @@ public:
     // A modal caution dialog with one button; returns once the user closed it.
     virtual void CautionBox(const QString& text, const QString& explanation) = 0;
     virtual void Beep() = 0;
+    // A modal message with an action and a cancel button; true for the action.
+    virtual bool CreditsBox(const QString& text, const QString& explanation) = 0;
     // Hands a local file (a sound, a movie) to the desktop's player without
     // waiting for it; false when no program takes it.
     virtual bool OpenDocument(const QString& path) = 0;

@@ -200,10 +200,11 @@ void UniHelpViewer::BuildControls()
     connect(HelpList, &QTreeWidget::itemClicked, this, [this](QTreeWidgetItem* row) { GetSelectedTopic(row, 0); });
     HelpList->setExpandsOnDoubleClick(false);
     connect(HelpList, &QTreeWidget::itemDoubleClicked, this, &UniHelpViewer::HelpList_DoubleClick);
-    connect(IndexList, &QTreeWidget::itemSelectionChanged, this, [this] {
-        if (!IndexList->selectedItems().isEmpty())
-            GetSelectedTopic(IndexList->selectedItems().first(), 1);
-    });
+    connect(IndexList, &QTreeWidget::itemSelectionChanged, this, &UniHelpViewer::IndexList_Change);
+    connect(IndexField, &QLineEdit::textChanged, this, &UniHelpViewer::IndexField_TextChange);
+    connect(SearchField, &QLineEdit::returnPressed, this, [this] { SearchField_KeyDown(13); });
+    connect(SearchBtn, &QToolButton::clicked, this, &UniHelpViewer::SearchBtn_Action);
+    connect(SearchList, &QTreeWidget::itemSelectionChanged, this, &UniHelpViewer::SearchList_Change);
 
     PaintBack();
     PaintNext();

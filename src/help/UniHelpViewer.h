@@ -122,6 +122,14 @@ public:
     void ListTOC(const QString& page);
     int ListTOCFolder(const pugi::xml_node& node, const QString& path, QTreeWidgetItem* parent);
     void ListIndex();
+    void IndexField_TextChange();
+    void IndexList_Change();
+    void StartSearch();
+    void SearchTOC(const QString& term);
+    // Always false: the key still reaches the field.
+    bool SearchField_KeyDown(int key);
+    void SearchBtn_Action();
+    void SearchList_Change();
     void HelpList_ExpandRow(QTreeWidgetItem* row);
     void HelpList_CollapseRow(QTreeWidgetItem* row);
     void HelpList_DoubleClick();
@@ -180,6 +188,8 @@ private:
     // folder on its way is missing.
     QString ResolveSource(const QString& source, bool& nil) const;
     bool InsideHelpFolder(const QString& file) const;
+    void RunSourceScript(const QString& value);
+    void ShowStartPage();
     QTreeWidgetItem* AddTocRow(const pugi::xml_node& node, const QString& address, QTreeWidgetItem* parent);
 
     UniHelpGlobals& m_globals;

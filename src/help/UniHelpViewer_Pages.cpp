@@ -4,6 +4,7 @@
 
 #include "HelpFileKind.h"
 #include "HelpPlatform.h"
+#include "HelpText.h"
 #include "HelpXml.h"
 #include "HtmlHelpView.h"
 #include "UniHelpEngine.h"
@@ -85,7 +86,7 @@ bool UniHelpViewer::InsideHelpFolder(const QString& file) const
     return !folder.isEmpty() && path.startsWith(folder + QLatin1Char('/'));
 }
 
-void UniHelpViewer::LoadHelpFile(const QString& file, bool addHistory, bool, const QString&)
+void UniHelpViewer::LoadHelpFile(const QString& file, bool addHistory, bool highlight, const QString& term)
 {
     if (file.isEmpty() || !QFileInfo::exists(file))
         return;
@@ -108,6 +109,14 @@ void UniHelpViewer::LoadHelpFile(const QString& file, bool addHistory, bool, con
         return;
     }
     IsUHLink = true;
+    if (highlight && UseFullTextSearch && ShowSearchHighlights) {
+        // Shown from memory; the file on disk stays as it is.
+        const QString marked = HelpText::SearchHighlight(term, file);
+        if (!marked.isEmpty()) {
+            HelpView->LoadText(marked, file);
+            return;
+        }
+    }
     HelpView->LoadFile(file);
 }
 
@@ -124,11 +133,10 @@ void UniHelpViewer::OpenPage(const QString& file)
     LoadHelpFile(page, false, false, QString());
 }
 
-void UniHelpViewer::OpenSearch(const QString& term)
+void UniHelpViewer::RunSourceScript(const QString& value)
 {
-    TabSelected(2);
-    SearchField->setText(term);
-    ListTOC(HelpFolder);
+    if (m_globals.UniHelp)
+        m_globals.UniHelp->RunScript(DecodeScript(value));
 }
 
 void UniHelpViewer::GetSelectedTopic(QTreeWidgetItem* row, int listKind)

@@ -19,6 +19,7 @@ public:
         calls << QStringLiteral("Caution: %1 | %2").arg(text, explanation);
     }
     void Beep() override { calls << QStringLiteral("Beep"); }
+    bool CreditsBox(const QString& text, const QString&) override { return (calls << "Credits: " + text).isEmpty(); }
     bool OpenDocument(const QString& path) override
     {
         calls << QStringLiteral("OpenDocument: ") + path;

@@ -236,4 +236,85 @@ TEST_F(HelpViewerTest, AVolumeUnpacksIntoANewTemporaryHelpFolder)
     QDir(engine.HelpFolder).removeRecursively();
 }
 
+void WriteSearchPages(const HelpFolder& folder)
+{
+    folder.Write("uhtoc.xml", "<helpbook><page name='Welcome' source='VexilUtility.htm'/><chapter name='Device'>"
+                              "<page name='Keyed' key='Firmware' source='k.htm'/><page name='Described' "
+                              "desc='firmware files' source='d.htm'/></chapter><page name='Text' source='t.htm'/>"
+                              "<page name='Head' source='h.htm'/></helpbook>");
+    folder.Write("k.htm", "<body><p>keyed page</p></body>");
+    folder.Write("t.htm", "<body><p>Run a firmware update, then <a href='update.htm'>update</a> again.</p></body>");
+}
+
+TEST_F(HelpViewerTest, TypingScrollsTheIndexToTheFirstEntryThatStartsWithTheText)
+{
+    QByteArray index = "<helpindex><topic name='Alpha'/><topic name='Cable' source='other.htm'/><topic name='Call'/>";
+    for (int i = 0; i < 60; ++i)
+        index += "<topic name='Delta " + QByteArray::number(i) + "'/>";
+    folder.Write("uhindex.xml", index + "</helpindex>");
+    UniHelpViewer* viewer = nullptr;
+    ASSERT_NE(viewer = RunStartPage(), nullptr);
+    viewer->TabSelected(1);
+    // Each step types on from the position the one before left; nothing opens.
+    for (const auto& [typed, top] : std::initializer_list<std::pair<const char*, int>>{
+             {"ca", 1}, {"CA", 1}, {"cal", 2}, {"calx", 2}, {"delta 3", 6}, {"nothing", 6}, {"", 0}}) {
+        viewer->IndexField->setText(typed);
+        EXPECT_EQ(viewer->IndexList->indexOfTopLevelItem(viewer->IndexList->itemAt(2, 2)), top) << typed;
+    }
+    EXPECT_TRUE(viewer->IndexList->selectedItems().isEmpty());
+    EXPECT_EQ(viewer->HelpView->CurrentUrl().toLocalFile(), folder.File("VexilUtility.htm"));
+    viewer->IndexList->setCurrentItem(viewer->IndexList->topLevelItem(1));
+    EXPECT_EQ(viewer->HelpView->CurrentUrl().toLocalFile(), folder.File("other.htm"));
+
+    UniHelpEngine::CloseViewers();
+    folder.Write("uhindex.xml", "<helpindex><other name='x'/></helpindex>");
+    ASSERT_NE(viewer = RunStartPage(), nullptr);
+    EXPECT_EQ(viewer->IndexList->topLevelItemCount(), 0);
+    viewer->IndexField->setText("a");
+}
+
+TEST_F(HelpViewerTest, SearchListsHitsInContentsOrderAndRunOpensTheFirstMarked)
+{
+    WriteSearchPages(folder);
+    const struct { const char* term; bool fullText; QStringList rows, calls; } cases[] = {
+        {"FIRMWARE", true, {"Keyed", "Described", "Text"}, {}},
+        {"firmware", false, {"Keyed", "Described"}, {}},
+        {"href", true, {}, {"Beep"}},
+        {"  ", true, {}, {"Beep", Refusal("Please enter a keyword or phrase that you wish to search for.")}},
+        {"   ", true, {"Welcome"}, {}}, // three tags in a row leave three blanks
+        {"UniHelp CREDITS", true, {}, {"Credits: Vexil Utility Help"}},
+    };
+    UniHelpViewer* viewer = nullptr;
+    ASSERT_NE(viewer = RunStartPage(), nullptr);
+    for (const auto& c : cases) {
+        platform.calls.clear();
+        viewer->UseFullTextSearch = c.fullText;
+        viewer->SearchField->setText(c.term);
+        viewer->SearchBtn->click();
+        QStringList rows;
+        for (int i = 0; i < viewer->SearchList->topLevelItemCount(); ++i)
+            rows << viewer->SearchList->topLevelItem(i)->text(0);
+        EXPECT_EQ(rows, c.rows) << c.term;
+        EXPECT_EQ(platform.calls, c.calls) << c.term;
+        EXPECT_EQ(viewer->StatusLabel->text(), c.calls == QStringList{"Beep"} ? "Sorry, No Matches Were Found." : "");
+    }
+    // Run(term): the first hit opens with every occurrence in capitals, unless
+    // a switch is off or only an attribute matched.
+    const struct { const char* term; bool highlights, fullText; const char *shown, *marked; } runs[] = {{"update", true, true, "t.htm", "Run a firmware UPDATE, then UPDATE again."},
+                {"update", false, true, "t.htm", ""}, {"a", true, false, "k.htm", ""},
+                {"Firm", true, true, "k.htm", ""}, {"zzz", true, true, "VexilUtility.htm", ""}};
+    for (const auto& c : runs) {
+        UniHelpEngine::CloseViewers();
+        engine.ShowSearchHighlights = c.highlights;
+        engine.UseFullTextSearch = c.fullText;
+        engine.Run(QString(c.term));
+        ASSERT_NE(viewer = OpenViewers().value(0), nullptr);
+        EXPECT_EQ(viewer->HelpTabsValue(), 2);
+        EXPECT_EQ(viewer->HelpView->CurrentUrl().toLocalFile(), folder.File(c.shown)) << c.term;
+        const QString text = viewer->HelpView->toPlainText();
+        EXPECT_EQ(text.contains(*c.marked ? c.marked : QString(c.term).toUpper()), *c.marked != 0) << c.term;
+        EXPECT_TRUE(viewer->SearchList->selectedItems().isEmpty());
+    }
+}
+
 } // namespace
