@@ -308,7 +308,7 @@ TEST_F(HelpViewerTest, SearchListsHitsInContentsOrderAndRunOpensTheFirstMarked)
         engine.ShowSearchHighlights = c.highlights;
         engine.UseFullTextSearch = c.fullText;
         engine.Run(QString(c.term));
-        ASSERT_NE(viewer = OpenViewers().value(0), nullptr);
+        ASSERT_NE(viewer = OpenViewer(), nullptr);
         EXPECT_EQ(viewer->HelpTabsValue(), 2);
         EXPECT_EQ(viewer->HelpView->CurrentUrl().toLocalFile(), folder.File(c.shown)) << c.term;
         const QString text = viewer->HelpView->toPlainText();
