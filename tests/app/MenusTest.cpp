@@ -1,4 +1,7 @@
 #include "AboutWindow.h"
+#include "App.h"
+#include "HtmlHelpView.h"
+#include "SimRig.h"
 #include "HelpFolder.h"
 #include "MessageWindow.h"
 #include "MyMsgBoxWin.h"
@@ -139,6 +142,27 @@ TEST_F(MenusTest, TextFitsItsControlsAtALargerDesktopFont)
         EXPECT_TRUE(text.isEmpty() || (control->width() >= metrics.horizontalAdvance(text) && control->height() >= metrics.height()))
             << text.toStdString();
     }
+}
+
+} // namespace
+
+namespace {
+
+// The program as built: F1 reaches the help engine the App made, on the manual.
+TEST(ProgramMenus, HelpItemOpensTheManualsStartPage)
+{
+    XdgHomes homes;
+    SimRig rig;
+    ScriptedHelpPlatform help;
+    App app(rig.clock, rig.sim, rig.platform, help);
+    app.Event_Open();
+    app.helpGlobals().UniHelp->HelpFolder = QStringLiteral(MANUAL_DIR);
+    app.view()->findChild<QAction*>(QStringLiteral("HelpVexilUtilHelp"))->trigger();
+    UniHelpViewer* viewer = OpenViewer();
+    ASSERT_NE(viewer, nullptr) << help.calls.join(QLatin1Char('|')).toStdString();
+    EXPECT_EQ(viewer->HelpView->CurrentUrl().toLocalFile(), QStringLiteral(MANUAL_DIR "/VexilUtility.htm"));
+    EXPECT_EQ(viewer->windowTitle(), QStringLiteral("Vexil Utility Help"));
+    CloseViewersNow();
 }
 
 } // namespace
