@@ -73,9 +73,11 @@ FirmwareDownload::Outcome FirmwareDownload::DoMacDownload()
     }
     Ftp.FTPLogoff();
     // A closing window has closed the device link, which stays closed.
+    // A download can end inside a load's event pump: the revision check then
+    // waits for the load, so no exchange ever falls between two packets.
     if (!Ftp.Abandoned()) {
         m_window.Checklocalfiles();
-        m_window.CheckVexilRevisions();
+        m_window.VexilRevisionsTimer_Action();
     }
     m_button.SetEnabled(true);
     return outcome;

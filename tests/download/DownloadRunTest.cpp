@@ -176,3 +176,15 @@ TEST(DownloadRun, AgainstAPeerThatMisbehaves)
         rig.Run(peer.control.serverPort(), {}, row.want, [&] { return peer.seen; });
     }
 }
+
+TEST(DownloadRun, EndingDuringALoadLeavesTheDeviceToTheLoad)
+{
+    FakeFtp peer;
+    peer.replies["PASS"] = "530 Login incorrect.\r\n";
+    Rig rig;
+    rig.window.mDeviceBusy = true; // a load owns the link
+    rig.Run(peer.control.serverPort(), {}, {"Error: 530", "MsgBox: Logon to Corvane FTP server failed", "", "missing"},
+            [&] { return peer.seen; });
+    EXPECT_EQ(rig.window.MCUinstalledText.Text(), "??.??") << "no revision exchange between two packets";
+    EXPECT_EQ(rig.window.VexilRevisionsTimer.GetMode(), Timer::ModeSingle) << "the check waits for the load's end";
+}
