@@ -1,14 +1,15 @@
 #include "App.h"
 #include "QtPlatformServices.h"
+#include "QuitOnceShown.h"
 #include "SampleFirmware.h"
 #include "SimulatedVexil.h"
 #include "SystemClock.h"
+#include "Window1View.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
 #include <QStandardPaths>
-#include <QTimer>
 
 // The real application with a simulated device in place of the USB link.
 int main(int argc, char* argv[])
@@ -28,7 +29,8 @@ int main(int argc, char* argv[])
                                      QStringLiteral("Answer latency per exchange in microseconds (default 1000)."),
                                      QStringLiteral("us"), QStringLiteral("1000"));
     const QCommandLineOption quitWhenShown(QStringLiteral("quit-when-shown"),
-                                           QStringLiteral("Quit as soon as the main window is on screen (for timing)."));
+                                           QStringLiteral("Quit once the main window is first painted, saying "
+                                                          "\"shown\" on standard output (for timing)."));
     const QCommandLineOption sample(QStringLiteral("sample"),
                                     QStringLiteral("Put a sample firmware file of this revision (e.g. 114) into the "
                                                    "demo's firmware folder."),
@@ -74,6 +76,6 @@ int main(int argc, char* argv[])
     });
     app.Event_Open();
     if (parser.isSet(quitWhenShown))
-        QTimer::singleShot(0, &application, [] { QApplication::quit(); });
+        QuitOnceShown(*app.view());
     return QApplication::exec();
 }

@@ -18,13 +18,6 @@ UniHelpEngine::UniHelpEngine(UniHelpGlobals& globals, const QString& appHelpFold
     m_globals.UHelpTop = 80;
     m_globals.UHelpLeft = 80;
 
-    // The style's own folder and document pictures stand for the closed and
-    // open chapter and the page.
-    if (QStyle* style = qobject_cast<QApplication*>(QCoreApplication::instance()) ? QApplication::style() : nullptr) {
-        IconCategory = style->standardIcon(QStyle::SP_DirClosedIcon);
-        IconCategoryOpen = style->standardIcon(QStyle::SP_DirOpenIcon);
-        IconPage = style->standardIcon(QStyle::SP_FileIcon);
-    }
     FontName = QStringLiteral("Arial");
     AltFont = QStringLiteral("Helvetica");
     FontSize = 11;
@@ -58,9 +51,15 @@ UniHelpViewer* UniHelpEngine::StartViewer()
     viewer->UseFullTextSearch = UseFullTextSearch;
     viewer->ShowSearchHighlights = ShowSearchHighlights;
     viewer->ShowPrintButton = ShowPrintButton;
-    viewer->IconCategory = IconCategory;
-    viewer->IconCategoryOpen = IconCategoryOpen;
-    viewer->IconPage = IconPage;
+    // Icons left unset are the style's own folder and document pictures. They
+    // are read only now: reading them loads the picture decoders, which would
+    // cost the program's start several milliseconds.
+    const auto orStyle = [](const QIcon& icon, QStyle::StandardPixmap standard) {
+        return icon.isNull() ? QApplication::style()->standardIcon(standard) : icon;
+    };
+    viewer->IconCategory = orStyle(IconCategory, QStyle::SP_DirClosedIcon);
+    viewer->IconCategoryOpen = orStyle(IconCategoryOpen, QStyle::SP_DirOpenIcon);
+    viewer->IconPage = orStyle(IconPage, QStyle::SP_FileIcon);
     viewer->FontName = FontName;
     viewer->AltFont = AltFont;
     viewer->FontSize = FontSize;

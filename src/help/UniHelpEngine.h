@@ -28,6 +28,7 @@ public:
     // Copies one file or folder tree of the volume to `target`.
     virtual void VVExtract(const QFileInfo& source, const QFileInfo& target);
 
+    // Left null, each is the style's standard picture when a viewer opens.
     QIcon IconCategory;
     QIcon IconCategoryOpen;
     QIcon IconPage;
