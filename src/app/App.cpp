@@ -7,9 +7,7 @@
 
 #include <QApplication>
 #include <QIcon>
-#include <QLockFile>
 #include <QSessionManager>
-#include <QStandardPaths>
 
 #include <QCoreApplication>
 #include <QDir>
@@ -45,15 +43,11 @@ void App::ConfigureApplication()
     QApplication::setWindowIcon(QIcon(AppIcon(48)));
 }
 
-std::unique_ptr<QLockFile> App::ClaimOnlyCopy(PlatformServices& platform)
+std::unique_ptr<OnlyCopyLock> App::ClaimOnlyCopy(PlatformServices& platform)
 {
     // Beside the preferences: the folder that is the user's, and the demo's own.
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
-    QDir().mkpath(folder);
-    auto lock = std::make_unique<QLockFile>(QDir(folder).filePath(QStringLiteral("VexilUtilPrefs.lock")));
-    // Held for the whole run, however long: only a dead holder makes it stale.
-    lock->setStaleLockTime(0);
-    if (lock->tryLock(0))
+    auto lock = std::make_unique<OnlyCopyLock>();
+    if (lock->TryClaim())
         return lock;
     platform.MsgBox(QStringLiteral("The Vexil Utility is already running.\n\n"
                                    "Only one copy at a time may use the Vexil and the preferences."));

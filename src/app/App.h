@@ -1,12 +1,12 @@
 #pragma once
 
 #include "Globals.h"
+#include "OnlyCopyLock.h"
 #include "REALEasyPrefs.h"
 #include "UniHelpGlobals.h"
 #include "VexilHid.h"
 #include "Window1.h"
 
-#include <QLockFile>
 
 #include <memory>
 
@@ -45,7 +45,7 @@ public:
 
     // One copy at a time: a second would share the device and the preferences.
     // The lock (held until destroyed), or null after telling the user.
-    static std::unique_ptr<QLockFile> ClaimOnlyCopy(PlatformServices& platform);
+    static std::unique_ptr<OnlyCopyLock> ClaimOnlyCopy(PlatformServices& platform);
 
 private:
     Globals m_globals;

@@ -1,4 +1,5 @@
 #include "App.h"
+#include "FontWarmUp.h"
 #include "QtPlatformServices.h"
 #include "QuitOnceShown.h"
 #include "SampleFirmware.h"
@@ -14,6 +15,7 @@
 // The real application with a simulated device in place of the USB link.
 int main(int argc, char* argv[])
 {
+    const FontWarmUp fonts;
     QApplication application(argc, argv);
     App::ConfigureApplication();
 

@@ -1,4 +1,5 @@
 #include "App.h"
+#include "FontWarmUp.h"
 #include "HidapiBackend.h"
 #include "QtPlatformServices.h"
 #include "SystemClock.h"
@@ -7,6 +8,7 @@
 
 int main(int argc, char* argv[])
 {
+    const FontWarmUp fonts;
     QApplication application(argc, argv);
     App::ConfigureApplication();
 

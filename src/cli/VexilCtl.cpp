@@ -181,12 +181,8 @@ bool VexilCtl::ClaimDevice()
 {
     if (m_sim)
         return true;
-    // The same lock as the window program's, beside the preferences.
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
-    QDir().mkpath(folder);
-    m_lock = std::make_unique<QLockFile>(QDir(folder).filePath(QStringLiteral("VexilUtilPrefs.lock")));
-    m_lock->setStaleLockTime(0);
-    if (m_lock->tryLock(0))
+    // The same lock as the window program's.
+    if (m_lock.TryClaim())
         return true;
     Error(QStringLiteral("the Vexil Utility is running and owns the Vexil; close it first"));
     return false;

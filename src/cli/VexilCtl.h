@@ -4,6 +4,7 @@
 #include "Globals.h"
 #include "HidapiBackend.h"
 #include "InterruptWatch.h"
+#include "OnlyCopyLock.h"
 #include "ProgressLine.h"
 #include "PushButton.h"
 #include "REALEasyPrefs.h"
@@ -15,7 +16,6 @@
 #include "Window1Firmware.h"
 
 #include <QJsonObject>
-#include <QLockFile>
 #include <QString>
 #include <QStringList>
 
@@ -92,7 +92,7 @@ private:
     FirmwareDownload m_download{m_window, m_fetchButton};
     InterruptWatch m_interrupts;
     ProgressLine m_progress;
-    std::unique_ptr<QLockFile> m_lock;
+    OnlyCopyLock m_lock;
     QString m_flashOut;
 
     enum class Phase { Idle, Erasing };

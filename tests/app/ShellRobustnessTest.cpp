@@ -114,7 +114,9 @@ TEST_F(Shell, DialogsAndDesktopAnswerAsTheUserExpects)
     HexFile::Write(QDir(home.path()), QStringLiteral("vexilfwnotes.rtf"), "{\\rtf1}");
     platform.documentOpens = false;
     window.ShowReleaseNotes();
-    const auto first = App::ClaimOnlyCopy(platform);
+    auto first = App::ClaimOnlyCopy(platform);
     EXPECT_TRUE(first && !App::ClaimOnlyCopy(platform));
+    first.reset();
+    EXPECT_TRUE(App::ClaimOnlyCopy(platform)) << "free again once the first copy ends";
     EXPECT_EQ(platform.calls.filter(QRegularExpression("^MsgBox: The (release notes cannot|Vexil Utility is already)")).size(), 2);
 }
