@@ -203,7 +203,10 @@ void FTPDataSocket::SendBlock(bool first)
         return;
     const QByteArray block = DataStream->read(Session->SendBufferSize);
     BytesSent = first ? block.size() : BytesSent + block.size();
+    const QPointer<FTPDataSocket> self = this;
     UpdateTransferStatus(BytesSent);
+    if (!self)
+        return; // the report ended the session
     if (block.isEmpty())
         QMetaObject::invokeMethod(this, &FTPDataSocket::Event_SendComplete, Qt::QueuedConnection);
     else
@@ -347,8 +350,9 @@ void FTPDataSocket::Event_Connected()
             Fail("Cannot open file: " + FileName);
             return Close();
         }
+        const QPointer<FTPDataSocket> self = this;
         TrySending();
-        if (Session)
+        if (self && Session)
             Session->ResetConnectionTimer();
     } else if (role == Role::ReceiveFile || role == Role::ParseListing || IsType("GetDirListImmediate")) {
         Poll();
@@ -359,6 +363,9 @@ void FTPDataSocket::Event_DataAvailable()
 {
     if (!Session || !m_socket || !m_socket->isOpen())
         return;
+    // A progress report or a pass of the event loop may end the session, and
+    // this socket with it: nothing of this object is touched after one of them.
+    const QPointer<FTPDataSocket> self = this;
     switch (CurrentRole()) {
     case Role::ReceiveFile:
         // Only this block is held, in the same buffer each time: it goes to the file at once.
@@ -371,13 +378,15 @@ void FTPDataSocket::Event_DataAvailable()
                 return;
             }
             UpdateTransferStatus(bs->pos());
-            Poll();
+            if (self)
+                Poll();
         }
         break;
     case Role::ReceiveListing:
         FileData += m_socket->readAll();
         UpdateTransferStatus(FileData.size());
-        Poll();
+        if (self)
+            Poll();
         break;
     case Role::ParseListing:
         FileData += m_socket->readAll();
@@ -388,16 +397,20 @@ void FTPDataSocket::Event_DataAvailable()
         m_socket->readAll();
         break;
     }
-    if (Session)
+    if (self && Session)
         Session->ResetConnectionTimer();
 }
 
 void FTPDataSocket::Event_Error(int code)
 {
     const Role role = CurrentRole();
+    const QPointer<FTPDataSocket> self = this;
     // The last bytes may still wait in the socket when its close is handled.
-    if (m_socket && m_socket->bytesAvailable() > 0 && role != Role::SendFile && role != Role::Abort)
+    if (m_socket && m_socket->bytesAvailable() > 0 && role != Role::SendFile && role != Role::Abort) {
         Event_DataAvailable();
+        if (!self)
+            return;
+    }
     // A TLS peer's close leaves the connection up until we close it in turn,
     // and the server may wait for that before its final reply.
     if (m_socket)
@@ -442,7 +455,9 @@ void FTPDataSocket::Event_Error(int code)
     case Role::None:
         break;
     }
-    m_transferOpen = false;
+    // Ending the session reports, and a report may end this socket too.
+    if (self)
+        m_transferOpen = false;
 }
 
 void FTPDataSocket::Event_SendComplete()
@@ -453,6 +468,8 @@ void FTPDataSocket::Event_SendComplete()
     if (role == Role::SendFile) {
         if (!DataStream || !DataStream->isOpen())
             return;
+        // As on receiving: a report or a pass of the event loop may end this socket.
+        const QPointer<FTPDataSocket> self = this;
         if (DataStream->atEnd()) {
             // A close drops what the socket still buffers; the next bytesWritten
             // brings us back once the last block is on its way.
@@ -460,13 +477,17 @@ void FTPDataSocket::Event_SendComplete()
                 return;
             // Closing the connection tells the server the file is complete.
             UpdateTransferStatus(BytesSent);
+            if (!self)
+                return;
             DataStream->close();
             Close();
         } else {
             SendBlock(false);
+            if (!self)
+                return;
             Poll();
         }
-        if (Session)
+        if (self && Session)
             Session->ResetConnectionTimer();
     } else if (role == Role::Abort) {
         if (DataStream)
