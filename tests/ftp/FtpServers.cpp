@@ -155,11 +155,12 @@ ScriptedFtpPeer::ScriptedFtpPeer()
         m_client = m_listener.nextPendingConnection();
         // Small replies go out as written instead of waiting for Nagle.
         m_client->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-        connect(m_client, &QTcpSocket::disconnected, this, [this] { clientClosed = true; });
         connect(m_client, &QTcpSocket::readyRead, this, [this] {
             m_buffer += m_client->readAll();
             for (qsizetype end; (end = m_buffer.indexOf("\r\n")) >= 0; m_buffer.remove(0, end + 2)) {
                 received << QString::fromLatin1(m_buffer.left(end));
+                if (onLine)
+                    onLine(received.last());
                 Reply(received.size());
             }
         });

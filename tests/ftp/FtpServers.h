@@ -9,6 +9,7 @@
 #include <QTcpSocket>
 #include <QTemporaryDir>
 
+#include <functional>
 #include <memory>
 
 // A real FTP server run as a child process on a free port of 127.0.0.1, anonymous only. The
@@ -56,7 +57,7 @@ public:
     // Close the connection once the last reply has been sent.
     bool closeAfterLast = false;
     QStringList received;
-    bool clientClosed = false;
+    std::function<void(const QString&)> onLine; // runs on each line received, before its reply
 
 private:
     void Reply(qsizetype index);
