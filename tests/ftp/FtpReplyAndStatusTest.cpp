@@ -2,8 +2,6 @@
 #include "FTPSocketError.h"
 #include "FtpTestSupport.h"
 
-#include <gtest/gtest.h>
-
 #include <climits>
 
 namespace {
@@ -51,13 +49,11 @@ TEST(FTPReplyTest, PortArgumentAndPeerCloseCode)
         EXPECT_NE(FTPSocketErrorCode(error), 102) << error;
 }
 
-class FTPStatusClassTest : public ::testing::Test, protected FtpSessionHarness {
-protected:
-    FTPStatusClass sink{globals};
-};
+class FTPStatusClassTest : public ::testing::Test, protected FtpSessionHarness {};
 
 TEST_F(FTPStatusClassTest, WhatEveryUserSeesAndWhatOnlyTheTraceShows)
 {
+    FTPStatusClass& sink = *status; // records, then does what the application's sink does
     using Report = void (FTPStatusClass::*)(const QString&);
     const Report success = &FTPStatusClass::Successful_FTP, error = &FTPStatusClass::Error_FTP,
                  response = &FTPStatusClass::Response_FTP, step = &FTPStatusClass::Status_FTP;

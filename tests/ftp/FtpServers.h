@@ -12,6 +12,9 @@
 #include <functional>
 #include <memory>
 
+// The file's bytes; none when it cannot be read.
+QByteArray FileBytes(const QString& path);
+
 // A real FTP server run as a child process on a free port of 127.0.0.1, anonymous only. The
 // client sees a read-only "/" and a writable "/incoming". vsftpd also offers AUTH TLS with a
 // certificate made at start; the client trusts exactly CertificatePath().

@@ -2,8 +2,10 @@
 
 #include "FTPSessionClass.h"
 #include "FTPStatusClass.h"
+#include "FtpServers.h"
 #include "Globals.h"
 #include "ManualClock.h"
+#include "QtPrinters.h"
 #include "StatusSink.h"
 
 #include <QDeadlineTimer>
@@ -13,6 +15,8 @@
 #include <QStringList>
 #include <QTest>
 #include <QTimer>
+
+#include <gtest/gtest.h>
 
 #include <functional>
 #include <memory>
@@ -44,12 +48,6 @@ inline bool WriteFile(const QString& path, const QByteArray& bytes)
     QDir().mkpath(QFileInfo(path).path());
     QFile file(path);
     return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
-inline QByteArray ReadFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : "(missing)";
 }
 
 // Globals' lines as the main window's log shows them, without a window; every
