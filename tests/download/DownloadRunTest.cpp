@@ -118,7 +118,10 @@ TEST(DownloadRun, AgainstAPeerThatMisbehaves)
 
     // No answer to PASV, and the run's bound passes.
     silent.replies = {"220 ready\r\n", "331 password\r\n", "230 in\r\n", "250 ok\r\n", "", "221 bye\r\n"};
-    silent.onLine = [&](const QString& line) { line == "PASV" ? waiting.clock.Advance(FirmwareDownload::DefaultRunBoundMs * 1000) : void(); };
+    silent.onLine = [&](const QString& line) {
+        if (line == "PASV")
+            waiting.clock.Advance(FirmwareDownload::DefaultRunBoundMs * 1000);
+    };
     waiting.Run(silent.Port(), {}, {"Error: The connection timed out. Ending session.",
                 "MsgBox: Error getting directory listing from ftp server.", "", "missing"}, [&] { return silent.received; });
 }
