@@ -17,51 +17,6 @@ namespace {
 
 const QByteArray kGood = HexFile::Image(0x1D008000, 256);
 
-// A peer for what real servers will not do on demand: refusals, hostile names,
-// a cut transfer, a listing kept alive. It answers each command as it comes;
-// `replies` holds the answers to the words it does not serve itself.
-struct FakeFtp : QObject {
-    QTcpServer control, data;
-    QMap<QString, QByteArray> replies{{"USER", "331 password\r\n"}, {"PASS", "230 in\r\n"}, {"CWD", "250 ok\r\n"},
-                                      {"PWD", "257 \"/Vexil/firmware\"\r\n"}, {"QUIT", "221 bye\r\n"}};
-    QByteArray listing;
-    qsizetype cut = -1; // bytes of a fetched file sent before its connection is cut
-    std::function<void()> onList;
-    QStringList seen;
-
-    FakeFtp()
-    {
-        control.listen(QHostAddress::LocalHost);
-        data.listen(QHostAddress::LocalHost);
-        connect(&control, &QTcpServer::newConnection, this, [this] {
-            QTcpSocket* client = control.nextPendingConnection();
-            client->write("220 ready\r\n");
-            connect(client, &QTcpSocket::readyRead, this, [this, client] {
-                while (client->canReadLine())
-                    client->write(Answer(QString::fromLatin1(client->readLine()).trimmed()));
-            });
-        });
-    }
-    QByteArray Answer(const QString& line)
-    {
-        const QString verb = line.section(' ', 0, 0);
-        seen << line;
-        if (verb == "NLST" && onList)
-            onList();
-        if (verb == "PASV")
-            return QString("227 (127,0,0,1,%1,%2)\r\n").arg(data.serverPort() / 256).arg(data.serverPort() % 256).toLatin1();
-        if (replies.contains(verb) || (verb != "NLST" && verb != "RETR"))
-            return replies.value(verb, "200 ok\r\n");
-        const bool whole = verb == "NLST" || cut < 0;
-        if (data.hasPendingConnections() || data.waitForNewConnection(5000)) {
-            QTcpSocket* to = data.nextPendingConnection();
-            to->write(verb == "NLST" ? listing : kGood.left(whole ? kGood.size() : cut));
-            to->disconnectFromHost();
-        }
-        return whole ? "150 here\r\n226 done\r\n" : "150 here\r\n426 cut\r\n";
-    }
-};
-
 // One download run on the simulated device with its own firmware folder.
 struct Rig {
     QTemporaryDir dir;
@@ -104,7 +59,7 @@ void RunAgainst(RealFtpServer::Kind kind)
     const QString fetched = "Copied \"vexil0112.hex\" from Corvane", failed = "\"vexil0112.hex\" verification failed";
     const QString good = "\"vexil0112.hex\" verification succeeded", deleted = "Deleted file \"vexil0112.hex\"";
     const struct {
-        QMap<QString, QByteArray> served; // in /Vexil/firmware; none: the folder is missing
+        QMap<QString, QByteArray> served; // in /Vexil/firmware, no bytes: a folder; none: the folder is missing
         QStringList local, want;
     } rows[] = {
         {{{"vexil0111.hex", kGood}, {"vexil0112.hex", kGood}, {"vexilfwnotes.rtf", notes}}, {"vexil0111.hex"},
@@ -114,15 +69,18 @@ void RunAgainst(RealFtpServer::Kind kind)
         {{{"vexil0112.hex", kGood}, {"vexilfwnotes.rtf", notes}}, {"vexil0112.hex"},
          {"Your folder has the most recent Vexil firmware files from Corvane.", "vexil0112.hex", "01.12"}},
         // Listed in name order: a tie (0112 before 112), a text order that is not the numeric one, names to ignore.
-        {{{"vexil0110.hex", kGood}, {"vexil0112.hex", kGood}, {"vexil112.hex", kGood}, {"vexil99.hex", kGood},
-          {"VEXIL0111.HEX", kGood}, {"xvexil0300.hex", kGood}, {"vexil0400.txt", kGood}, {"vexil0500.hex.bak", kGood}},
-         {}, {"RETR vexil0112.hex", "Copying files to \"%F\"", fetched, good, "Copied 1 file from Corvane to \"%F\"",
-              "vexil0112.hex", "01.12"}},
+        {{{"vexil0110.hex", kGood}, {"vexil0112.hex", kGood}, {"vexil112.hex", kGood}, {"vexil99.hex", kGood}, {"VEXIL0111.HEX", kGood},
+          {"xvexil0300.hex", kGood}, {"vexil0400.txt", kGood}, {"vexil0500.hex.bak", kGood}, {"vexil9999\\.hex", kGood}},
+         {}, {"RETR vexil0112.hex", "Skipped listed name \"vexil9999\\.hex\": not a plain file name", "Copying files to \"%F\"",
+              fetched, good, "Copied 1 file from Corvane to \"%F\"", "vexil0112.hex", "01.12"}},
         {{{"vexil0112.hex", bad}}, {"vexil0111.hex"},
          QStringList(3, "RETR vexil0112.hex") + QStringList{"Copying files to \"%F\"", fetched, failed, deleted, fetched, failed,
              deleted, fetched, failed, deleted, "Unable to copy file \"vexil0112.hex\"", "Copied 3 file from Corvane to \"%F\"",
              "vexil0111.hex", "01.11"}},
         {{}, {"vexil0111.hex"}, {"Error: 550", "MsgBox: Could not find /Vexil/firmware directory on Corvane server", "vexil0111.hex", "01.11"}},
+        // The newest name is a folder: the failed fetch leaves nothing behind.
+        {{{"vexil0113.hex", {}}}, {},
+         {"RETR vexil0113.hex", "Copying files to \"%F\"", "Error: 550", "Copied 1 file from Corvane to \"%F\"", "", "missing"}},
     };
     RealFtpServer server(kind);
     QString error;
@@ -132,7 +90,7 @@ void RunAgainst(RealFtpServer::Kind kind)
         QDir(server.RootPath() + "/Vexil").removeRecursively();
         QDir().mkpath(row.served.isEmpty() ? server.RootPath() : firmware.path());
         for (auto file = row.served.begin(); file != row.served.end(); ++file)
-            HexFile::Write(firmware, file.key(), file.value());
+            file.value().isEmpty() ? void(firmware.mkdir(file.key())) : void(HexFile::Write(firmware, file.key(), file.value()));
         const qsizetype before = server.CommandsSeen().size();
         Rig().Run(server.Port(), row.local, row.want, [&] { return server.CommandsSeen().mid(before); });
     }
@@ -146,45 +104,24 @@ TEST(DownloadRun, AgainstVsftpdAndPyftpdlib)
     RunAgainst(RealFtpServer::Kind::Pyftpdlib);
 }
 
+// Refusal and silence, which real servers will not give on demand.
 TEST(DownloadRun, AgainstAPeerThatMisbehaves)
 {
-    const QString listingFailed = "MsgBox: Error getting directory listing from ftp server.";
-    const QStringList fetched{"RETR vexil0113.hex", "Copying files to \"%F\"", "Copied \"vexil0113.hex\" from Corvane"};
-    const struct {
-        std::function<void(FakeFtp&, Rig&)> setup;
-        QStringList want;
-    } rows[] = {
-        {[](FakeFtp& f, Rig&) { f.replies["PASS"] = "530 Login incorrect.\r\n"; },
-         {"Error: 530", "MsgBox: Logon to Corvane FTP server failed", "", "missing"}},
-        {[](FakeFtp& f, Rig&) { f.replies["NLST"] = "550 No files found.\r\n"; }, {"Error: 550", listingFailed, "", "missing"}},
-        {[](FakeFtp& f, Rig&) { f.listing = "  vexil0113.hex \r\nvexil9999/../../x.hex\r\nvexil9998\x01.hex\r\n"; },
-         QStringList{"RETR vexil0113.hex", "Skipped listed name \"vexil9999/../../x.hex\": not a plain file name",
-                     "Skipped listed name \"vexil9998?.hex\": not a plain file name"} + fetched.mid(1)
-             + QStringList{"\"vexil0113.hex\" verification succeeded", "Copied 1 file from Corvane to \"%F\"", "vexil0113.hex", "01.13"}},
-        {[](FakeFtp& f, Rig&) { f.listing = "vexil0113.hex\r\n", f.cut = 100; },
-         {"RETR vexil0113.hex", "Copying files to \"%F\"", "Error: 426", "Copied 1 file from Corvane to \"%F\"", "", "missing"}},
-        {[](FakeFtp& f, Rig& r) {
-             f.replies["NLST"] = "150-still working\r\n";
-             f.onList = [&r] { r.clock.Advance(FirmwareDownload::DefaultRunBoundMs * 1000); };
-         },
-         {"Error: The connection timed out. Ending session.", listingFailed, "", "missing"}},
-    };
-    for (const auto& row : rows) {
-        FakeFtp peer;
-        Rig rig;
-        row.setup(peer, rig);
-        rig.Run(peer.control.serverPort(), {}, row.want, [&] { return peer.seen; });
-    }
-}
+    ScriptedFtpPeer refusing, silent;
+    refusing.replies = {"220 ready\r\n", "331 password\r\n", "530 Login incorrect.\r\n", "221 bye\r\n"};
+    Rig loading, waiting;
+    loading.window.mDeviceBusy = true; // a load owns the link
+    loading.Run(refusing.Port(), {}, {"Error: 530", "MsgBox: Logon to Corvane FTP server failed", "", "missing"},
+                [&] { return refusing.received; });
+    EXPECT_EQ(loading.window.MCUinstalledText.Text(), "??.??") << "no revision exchange between two packets";
+    EXPECT_EQ(loading.window.VexilRevisionsTimer.GetMode(), Timer::ModeSingle) << "the check waits for the load's end";
 
-TEST(DownloadRun, EndingDuringALoadLeavesTheDeviceToTheLoad)
-{
-    FakeFtp peer;
-    peer.replies["PASS"] = "530 Login incorrect.\r\n";
-    Rig rig;
-    rig.window.mDeviceBusy = true; // a load owns the link
-    rig.Run(peer.control.serverPort(), {}, {"Error: 530", "MsgBox: Logon to Corvane FTP server failed", "", "missing"},
-            [&] { return peer.seen; });
-    EXPECT_EQ(rig.window.MCUinstalledText.Text(), "??.??") << "no revision exchange between two packets";
-    EXPECT_EQ(rig.window.VexilRevisionsTimer.GetMode(), Timer::ModeSingle) << "the check waits for the load's end";
+    // No answer to PASV, and the run's bound passes.
+    silent.replies = {"220 ready\r\n", "331 password\r\n", "230 in\r\n", "250 ok\r\n", "", "221 bye\r\n"};
+    silent.onLine = [&](const QString& line) {
+        if (line == "PASV")
+            waiting.clock.Advance(FirmwareDownload::DefaultRunBoundMs * 1000);
+    };
+    waiting.Run(silent.Port(), {}, {"Error: The connection timed out. Ending session.",
+                "MsgBox: Error getting directory listing from ftp server.", "", "missing"}, [&] { return silent.received; });
 }

@@ -22,20 +22,15 @@ bool Fail(QString* error, const QString& why)
     return false;
 }
 
-QByteArray ReadFile(const QString& path)
+} // namespace
+
+QByteArray FileBytes(const QString& path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-} // namespace
-
-RealFtpServer::RealFtpServer(Kind kind)
-    : kind(kind), m_dir(QDir::tempPath() + QStringLiteral("/ftp-fixture-XXXXXX"))
-{
-    QDir(m_dir.path()).mkpath(QStringLiteral("root/incoming"));
-    QDir(m_dir.path()).mkpath(QStringLiteral("empty"));
-}
+RealFtpServer::RealFtpServer(Kind kind) : kind(kind), m_dir(QDir::tempPath() + QStringLiteral("/ftp-fixture-XXXXXX")) {}
 
 RealFtpServer::~RealFtpServer()
 {
@@ -49,8 +44,9 @@ RealFtpServer::~RealFtpServer()
 bool RealFtpServer::Start(QString* error)
 {
     // QTemporaryDir makes 0700 folders; the unprivileged server user must traverse them.
-    for (const char* path : {"", "root", "root/incoming", "empty"}) {
-        if (::chmod(QFile::encodeName(m_dir.filePath(QLatin1String(path))).constData(), 0755) != 0)
+    for (const char* path : {".", "root", "root/incoming", "empty"}) {
+        if (!QDir(m_dir.path()).mkpath(QLatin1String(path))
+            || ::chmod(QFile::encodeName(m_dir.filePath(QLatin1String(path))).constData(), 0755) != 0)
             return Fail(error, QStringLiteral("cannot set up ") + m_dir.filePath(QLatin1String(path)));
     }
     if (kind == Kind::Vsftpd) {
@@ -87,12 +83,9 @@ bool RealFtpServer::Launch(quint16 port, QString* error)
     const QString log = m_dir.filePath(QStringLiteral("commands.log"));
     m_process = std::make_unique<QProcess>();
     if (kind == Kind::Vsftpd) {
-        QString config = QString::fromUtf8(ReadFile(QStringLiteral(FTP_TEST_DATA "/vsftpd.conf.in")));
-        const std::pair<const char*, QString> fields[] = {
-            {"@PORT@", QString::number(port)}, {"@ROOT@", m_dir.filePath(QStringLiteral("root"))},
-            {"@EMPTY@", m_dir.filePath(QStringLiteral("empty"))}, {"@PASV_MIN@", QString::number(pasvMin)},
-            {"@PASV_MAX@", QString::number(pasvMin + 49)}, {"@LOG@", log}, {"@CERT@", CertificatePath()},
-            {"@KEY@", m_dir.filePath(QStringLiteral("key.pem"))}};
+        QString config = QString::fromUtf8(FileBytes(QStringLiteral(FTP_TEST_DATA "/vsftpd.conf.in")));
+        const std::pair<const char*, QString> fields[] = {{"@PORT@", QString::number(port)}, {"@DIR@", m_dir.path()},
+            {"@PASV_MIN@", QString::number(pasvMin)}, {"@PASV_MAX@", QString::number(pasvMin + 49)}};
         for (const auto& [field, value] : fields)
             config.replace(QLatin1String(field), value);
         QFile file(m_dir.filePath(QStringLiteral("vsftpd.conf")));
@@ -130,20 +123,17 @@ bool RealFtpServer::Launch(quint16 port, QString* error)
         m_process->waitForFinished(20);
     }
     m_process.reset(); // kills what still runs
-    return Fail(error, QStringLiteral("no greeting on port %1:\n").arg(port) + QString::fromUtf8(ReadFile(output)));
+    return Fail(error, QStringLiteral("no greeting on port %1:\n").arg(port) + QString::fromUtf8(FileBytes(output)));
 }
 
 QStringList RealFtpServer::CommandsSeen() const
 {
-    // vsftpd: ... [pid 24727] [ftp] FTP command: Client "127.0.0.1", "CWD incoming"
-    static const QRegularExpression vsftpdLine(QStringLiteral(R"re(FTP command: Client "[^"]*", "(.*)"$)re"));
-    QList<QByteArray> lines = ReadFile(m_dir.filePath(QStringLiteral("commands.log"))).split('\n');
-    lines.removeLast(); // empty, or a line still being written
+    // vsftpd: ... [pid 24727] [ftp] FTP command: Client "127.0.0.1", "CWD incoming"; ftpd.py writes the same.
+    static const QRegularExpression command(QStringLiteral(R"re(FTP command: Client "[^"]*", "(.*)"$)re"));
     QStringList seen;
-    for (const QByteArray& line : lines) {
-        const QRegularExpressionMatch match = vsftpdLine.match(QString::fromUtf8(line));
-        if (kind == Kind::Pyftpdlib || match.hasMatch())
-            seen << (kind == Kind::Pyftpdlib ? QString::fromUtf8(line) : match.captured(1));
+    for (const QByteArray& line : FileBytes(m_dir.filePath(QStringLiteral("commands.log"))).split('\n')) {
+        if (const QRegularExpressionMatch match = command.match(QString::fromUtf8(line)); match.hasMatch())
+            seen << match.captured(1);
     }
     return seen;
 }
@@ -155,11 +145,12 @@ ScriptedFtpPeer::ScriptedFtpPeer()
         m_client = m_listener.nextPendingConnection();
         // Small replies go out as written instead of waiting for Nagle.
         m_client->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-        connect(m_client, &QTcpSocket::disconnected, this, [this] { clientClosed = true; });
         connect(m_client, &QTcpSocket::readyRead, this, [this] {
             m_buffer += m_client->readAll();
             for (qsizetype end; (end = m_buffer.indexOf("\r\n")) >= 0; m_buffer.remove(0, end + 2)) {
                 received << QString::fromLatin1(m_buffer.left(end));
+                if (onLine)
+                    onLine(received.last());
                 Reply(received.size());
             }
         });

@@ -9,7 +9,11 @@
 #include <QTcpSocket>
 #include <QTemporaryDir>
 
+#include <functional>
 #include <memory>
+
+// The file's bytes; none when it cannot be read.
+QByteArray FileBytes(const QString& path);
 
 // A real FTP server run as a child process on a free port of 127.0.0.1, anonymous only. The
 // client sees a read-only "/" and a writable "/incoming". vsftpd also offers AUTH TLS with a
@@ -56,7 +60,7 @@ public:
     // Close the connection once the last reply has been sent.
     bool closeAfterLast = false;
     QStringList received;
-    bool clientClosed = false;
+    std::function<void(const QString&)> onLine; // runs on each line received, before its reply
 
 private:
     void Reply(qsizetype index);

@@ -2,14 +2,21 @@
 
 #include "FTPSessionClass.h"
 #include "FTPStatusClass.h"
+#include "FtpServers.h"
 #include "Globals.h"
 #include "ManualClock.h"
+#include "QtPrinters.h"
 #include "StatusSink.h"
 
 #include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+#include <QRandomGenerator>
 #include <QStringList>
 #include <QTest>
 #include <QTimer>
+
+#include <gtest/gtest.h>
 
 #include <functional>
 #include <memory>
@@ -25,6 +32,22 @@ inline bool PumpUntil(const std::function<bool()>& done, int timeoutMs)
     while (!done() && !deadline.hasExpired())
         QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
     return done();
+}
+
+// Random bytes that a seed makes again.
+inline QByteArray Bytes(qsizetype size, quint32 seed = 7)
+{
+    QByteArray bytes(size, Qt::Uninitialized);
+    QRandomGenerator(seed).fillRange(reinterpret_cast<quint32*>(bytes.data()), size / 4);
+    return bytes;
+}
+
+// Makes the folders on the way.
+inline bool WriteFile(const QString& path, const QByteArray& bytes)
+{
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
 }
 
 // Globals' lines as the main window's log shows them, without a window; every
@@ -46,39 +69,22 @@ class RecordingStatus : public FTPStatusClass {
 public:
     using FTPStatusClass::FTPStatusClass;
 
-    QStringList reports;
-    QStringList ends;
+    QStringList reports, ends; // ends: the Error and Successful reports
     // Runs first in every report, with its kind ("Progress", "Error", ...).
     std::function<void(const QString&)> onReport;
 
-    void Error_FTP(const QString& text) override
-    {
-        Note("Error", text);
-        FTPStatusClass::Error_FTP(text);
-    }
-    void Successful_FTP(const QString& text) override
-    {
-        Note("Successful", text);
-        FTPStatusClass::Successful_FTP(text);
-    }
-    void Response_FTP(const QString& text) override
-    {
-        Note("Response", text);
-        FTPStatusClass::Response_FTP(text);
-    }
+    void Error_FTP(const QString& text) override { Note("Error", text, true), FTPStatusClass::Error_FTP(text); }
+    void Successful_FTP(const QString& text) override { Note("Successful", text, true), FTPStatusClass::Successful_FTP(text); }
+    void Response_FTP(const QString& text) override { Note("Response", text), FTPStatusClass::Response_FTP(text); }
+    void Status_FTP(const QString& text) override { Note("Status", text), FTPStatusClass::Status_FTP(text); }
     void Progress_FTP(qint64) override { onReport ? onReport(QStringLiteral("Progress")) : void(); }
-    void Status_FTP(const QString& text) override
-    {
-        Note("Status", text);
-        FTPStatusClass::Status_FTP(text);
-    }
 
-    void Note(const char* kind, const QString& text)
+    void Note(const char* kind, const QString& text, bool end = false)
     {
         if (onReport)
             onReport(QLatin1String(kind));
         reports << QLatin1String(kind) + QStringLiteral(": ") + text;
-        if (qstrcmp(kind, "Error") == 0 || qstrcmp(kind, "Successful") == 0)
+        if (end)
             ends << reports.constLast();
     }
 };
@@ -97,25 +103,18 @@ public:
     {
         globals.AttachSink(&log);
         globals.m_Verbose = true;
-        InstallRecorder();
-    }
-
-    void InstallRecorder()
-    {
+        session.SetLoginInfo(QStringLiteral("127.0.0.1"), QStringLiteral("anonymous"), QStringLiteral("guest@example.org"));
         auto recorder = std::make_unique<RecordingStatus>(globals, &session);
         status = recorder.get();
         session.FTPStatusInstance = std::move(recorder);
     }
 
-    void LogonTo(quint16 port, const QString& user = QStringLiteral("anonymous"),
-                 const QString& password = QStringLiteral("guest@example.org"))
+    void LogonTo(quint16 port)
     {
-        session.SetLoginInfo(QStringLiteral("127.0.0.1"), user, password);
         session.CommandPort = port;
         session.Logon();
     }
 
-    QStringList LogLines() const { return log.lines; }
     // Starts an operation and returns the end it reports, waiting at most 10 s for it.
     QString EndOf(const std::function<void()>& operation)
     {

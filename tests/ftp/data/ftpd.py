@@ -1,5 +1,5 @@
 # Anonymous FTP on 127.0.0.1 for the tests: read-only root, writable /incoming;
-# every command line received is appended to the commands log.
+# every command line received is appended to the commands log as vsftpd logs it.
 import sys
 from pyftpdlib.authorizers import DummyAuthorizer
 from pyftpdlib.handlers import FTPHandler
@@ -11,7 +11,7 @@ seen = open(log, "ab", buffering=0)
 
 class Handler(FTPHandler):
     def found_terminator(self):
-        seen.write(b"".join(self._in_buffer) + b"\n")
+        seen.write(b'FTP command: Client "", "' + b"".join(self._in_buffer) + b'"\n')
         FTPHandler.found_terminator(self)
 
 
