@@ -1,4 +1,5 @@
 #include "App.h"
+#include "HexFile.h"
 #include "QtPrinters.h"
 #include "REALEasyPrefs.h"
 #include "SimRig.h"
@@ -7,12 +8,15 @@
 #include "Window1.h"
 #include "XdgHomes.h"
 
-#include <QDir>
+#include <QLockFile>
+#include <QRegularExpression>
 #include <QTcpServer>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <gtest/gtest.h>
+
+#include <limits>
 
 // Start-up and close of the main window against real preference and data
 // folders in temporary places.
@@ -27,6 +31,14 @@ protected:
         platform.screen = QRect(0, 0, 1600, 1000);
         window = std::make_unique<Window1>(globals, clock, platform, hid, prefs);
     }
+    // A fresh main window opened on these stored preferences.
+    void OpenWith(const QByteArray& stored)
+    {
+        homes.WritePrefs(stored);
+        window.reset(); // its close would detach the status log from the new one
+        window = std::make_unique<Window1>(globals, clock, platform, hid, prefs);
+        window->Event_Open();
+    }
 };
 
 TEST_F(Startup, FirstStartUsesTheDefaults)
@@ -36,7 +48,6 @@ TEST_F(Startup, FirstStartUsesTheDefaults)
     EXPECT_EQ(globals.m_FolderPath, folder);
     EXPECT_TRUE(QFileInfo(folder).isDir());
     EXPECT_EQ(window->Bounds(), QRect(500, 215, 600, 570)) << "designed size, centred";
-    EXPECT_FALSE(window->mStartup);
     EXPECT_EQ(window->Title(), "Corvane Vexil Utility Revision " VEXIL_SHORT_VERSION);
     EXPECT_EQ(window->MCUinstalledText.Text(), "01.12");
     EXPECT_EQ(window->MCUavailableText.Text(), "missing");
@@ -62,7 +73,6 @@ TEST_F(Startup, StoredSettingsAreAppliedAndAllEightWrittenBackInOrder)
     EXPECT_EQ(window->Bounds(), QRect(900, 40, 600, 570));
     EXPECT_EQ(globals.m_FolderPath, folder);
     EXPECT_TRUE(globals.m_TraceMode && globals.m_Verbose && window->ViewTrace.Checked());
-    EXPECT_EQ(window->TabPanel1Value(), 0) << "the panel has one tab";
     EXPECT_EQ(platform.calls.first(), "InitWin: 1100 Initializing...");
 
     window->SetBounds(QRect(30, 60, 640, 610));
@@ -70,6 +80,25 @@ TEST_F(Startup, StoredSettingsAreAppliedAndAllEightWrittenBackInOrder)
     EXPECT_EQ(homes.Prefs(), "Mystery\nkept as is\nwinTOP\n60\nFolderPath\n" + folder.toUtf8()
                                  + "\nTraceMode\ntrue\nwinLEFT\n30\nTab\n3\nwinWIDTH\n640\nwinHEIGHT\n610\nVerbose\ntrue\n");
     EXPECT_FALSE(hid.IsOpen());
+}
+
+TEST_F(Startup, StoredValuesAreReadDefensively)
+{
+    // Geometry that cannot show: the default placement instead.
+    const QRect designed = window->Bounds();
+    for (const char* stored : {"winLEFT\n99999999999\nwinTOP\n99999999999\n", "winWIDTH\n32000\nwinHEIGHT\n32000\n",
+                               "winWIDTH\n100\n", "winTOP\n-40\n", "winLEFT\n1900\n"}) {
+        OpenWith(stored);
+        EXPECT_EQ(window->Bounds(), designed) << stored;
+    }
+    // A folder stored without its final "/".
+    HexFile::Write(QDir(homes.DataPath()), QStringLiteral("vexil0113.hex"), "");
+    OpenWith("FolderPath\n" + homes.DataPath().toUtf8() + "\n");
+    EXPECT_TRUE(QFileInfo(globals.m_FolderPath + window->m_RevisionedFilename.m_mstrPath).isFile());
+    // A data folder that is a file: the default folder is still named below it.
+    qputenv("XDG_DATA_HOME", homes.PrefsPath().toUtf8());
+    OpenWith("");
+    EXPECT_EQ(globals.m_FolderPath, homes.PrefsPath() + QStringLiteral("/Corvane/Vexil Firmware/"));
 }
 
 TEST_F(Startup, CloseDuringStartUpSavesNothing)
@@ -94,6 +123,86 @@ TEST_F(Startup, ClosingWhileADownloadWaitsEndsItQuietlyAndKeepsTheServerKeys)
     EXPECT_TRUE(homes.Prefs().startsWith(keys + "winLEFT\n")) << "written, the server keys as they were";
     EXPECT_EQ(platform.calls.filter("MsgBox"), QStringList());
     EXPECT_EQ(QDir(globals.m_FolderPath).entryList(QDir::Files | QDir::Hidden), QStringList());
+}
+
+TEST_F(Startup, OnlyOneCopyRunsAndNotesNoProgramTakesAreReported)
+{
+    const auto first = App::ClaimOnlyCopy(platform);
+    EXPECT_TRUE(first && !App::ClaimOnlyCopy(platform));
+    globals.m_FolderPath = homes.DataPath() + QLatin1Char('/');
+    QDir().mkpath(globals.m_FolderPath);
+    HexFile::Write(QDir(globals.m_FolderPath), QStringLiteral("vexilfwnotes.rtf"), "{\\rtf1}");
+    platform.documentOpens = false;
+    window->ShowReleaseNotes();
+    EXPECT_EQ(platform.calls.filter(QRegularExpression("^MsgBox: The (release notes cannot|Vexil Utility is already)")).size(), 2);
+}
+
+// The preferences file itself.
+class Prefs : public ::testing::Test {
+protected:
+    XdgHomes homes;
+
+    REALEasyPrefs Read(const QByteArray& bytes) const
+    {
+        homes.WritePrefs(bytes);
+        REALEasyPrefs prefs;
+        prefs.InitPrefFile(QStringLiteral("VexilUtilPrefs"));
+        return prefs;
+    }
+};
+
+// The corpus replay of the reader holds line pairing and most numbers to an independent reading; these are the rest.
+TEST_F(Prefs, NumbersAndBooleans)
+{
+    const struct { const char* value; int defaultValue, number; bool defaultFlag, flag; } rows[] = { // value nullptr: key missing
+        {"abc", 7, 0, true, false}, {"+3", 7, 3, true, false},  {"-5.9", 7, -5, true, false}, {nullptr, -12, -12, true, true},
+        {"-99999999999999999999", 0, std::numeric_limits<int>::min(), true, false}, {"TRUE", 0, 0, false, true},
+        {" true", 0, 0, true, false}, {"", 7, 0, true, false},
+    };
+    QByteArray file;
+    for (const auto& row : rows)
+        if (row.value)
+            file += "k" + QByteArray::number(&row - rows) + "\n" + row.value + "\n";
+    const REALEasyPrefs prefs = Read(file);
+    for (const auto& row : rows) {
+        const QString key = "K" + QString::number(&row - rows);
+        EXPECT_EQ(std::pair(prefs.GetPrefNumber(key, row.defaultValue), prefs.GetPrefBoolean(key, row.defaultFlag)),
+                  std::pair(row.number, row.flag)) << (row.value ? row.value : "missing");
+    }
+}
+
+TEST_F(Prefs, WritingKeepsUnknownKeysInPlaceAndAppendsNewOnes)
+{
+    REALEasyPrefs prefs = Read("FTPServer\nmirror.example\nColor\nred\ncolor\nblue\nVerbose\nfalse\n");
+    EXPECT_EQ(prefs.GetPrefString("Absent", "d"), "d");
+    EXPECT_EQ(prefs.GetPrefString("COLOR", "none"), "red") << "the first of two equal keys wins";
+    prefs.SetPrefString("cOLOR", "green");
+    prefs.SetPrefBoolean("Trace", true);
+    prefs.SetPrefNumber("Count", -40);
+    prefs.SetPrefBoolean("verbose", true);
+    ASSERT_TRUE(prefs.WritePrefsFile());
+    EXPECT_EQ(homes.Prefs(),
+              "FTPServer\nmirror.example\nColor\ngreen\ncolor\nblue\nVerbose\ntrue\nTrace\ntrue\nCount\n-40\n");
+}
+
+TEST_F(Prefs, FailedSaveKeepsTheOldFileAndLeavesNoTemporaryFile)
+{
+    REALEasyPrefs prefs = Read("FolderPath\n/old/\n");
+    prefs.SetPrefString("FolderPath", "/new/");
+    prefs.beforeCommit = [] { return false; };
+    EXPECT_FALSE(prefs.WritePrefsFile());
+    EXPECT_EQ(homes.Prefs(), "FolderPath\n/old/\n");
+    EXPECT_EQ(QDir(homes.ConfigPath()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+              QStringList{"VexilUtilPrefs"});
+
+    // A folder where the file should be: nothing read, nothing written, no crash.
+    QFile::remove(homes.PrefsPath());
+    ASSERT_TRUE(QDir().mkpath(homes.PrefsPath()));
+    REALEasyPrefs blocked;
+    blocked.InitPrefFile(QStringLiteral("VexilUtilPrefs"));
+    EXPECT_EQ(blocked.prefNames, QStringList{QString()});
+    EXPECT_FALSE(blocked.WritePrefsFile());
+    EXPECT_TRUE(QFileInfo(homes.PrefsPath()).isDir());
 }
 
 TEST(HelpFolder, TheBuildTreesFolderComesFirstThenTheInstalledOne)
