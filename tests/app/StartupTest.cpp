@@ -16,8 +16,6 @@
 #include <QTimer>
 #include <gtest/gtest.h>
 
-#include <limits>
-
 // Start-up and close of the main window against real preference and data
 // folders in temporary places.
 class Startup : public ::testing::Test, protected SimRig {
@@ -49,8 +47,7 @@ TEST_F(Startup, FirstStartUsesTheDefaults)
     EXPECT_TRUE(QFileInfo(folder).isDir());
     EXPECT_EQ(window->Bounds(), QRect(500, 215, 600, 570)) << "designed size, centred";
     EXPECT_EQ(window->Title(), "Corvane Vexil Utility Revision " VEXIL_SHORT_VERSION);
-    EXPECT_EQ(window->MCUinstalledText.Text(), "01.12");
-    EXPECT_EQ(window->MCUavailableText.Text(), "missing");
+    EXPECT_EQ(std::pair(window->MCUinstalledText.Text(), window->MCUavailableText.Text()), std::pair(QStringLiteral("01.12"), QStringLiteral("missing")));
     // Folder before device: the device check has the last word on the send button.
     EXPECT_TRUE(window->SendVexilButton.Enabled());
     EXPECT_EQ(StatusLinesOf(window->StatusField),
@@ -137,43 +134,10 @@ TEST_F(Startup, OnlyOneCopyRunsAndNotesNoProgramTakesAreReported)
     EXPECT_EQ(platform.calls.filter(QRegularExpression("^MsgBox: The (release notes cannot|Vexil Utility is already)")).size(), 2);
 }
 
-// The preferences file itself.
-class Prefs : public ::testing::Test {
-protected:
-    XdgHomes homes;
-
-    REALEasyPrefs Read(const QByteArray& bytes) const
-    {
-        homes.WritePrefs(bytes);
-        REALEasyPrefs prefs;
-        prefs.InitPrefFile(QStringLiteral("VexilUtilPrefs"));
-        return prefs;
-    }
-};
-
-// The corpus replay of the reader holds line pairing and most numbers to an independent reading; these are the rest.
-TEST_F(Prefs, NumbersAndBooleans)
+TEST_F(Startup, PreferencesKeepUnknownKeysInPlaceAndAppendNewOnes)
 {
-    const struct { const char* value; int defaultValue, number; bool defaultFlag, flag; } rows[] = { // value nullptr: key missing
-        {"abc", 7, 0, true, false}, {"+3", 7, 3, true, false},  {"-5.9", 7, -5, true, false}, {nullptr, -12, -12, true, true},
-        {"-99999999999999999999", 0, std::numeric_limits<int>::min(), true, false}, {"TRUE", 0, 0, false, true},
-        {" true", 0, 0, true, false}, {"", 7, 0, true, false},
-    };
-    QByteArray file;
-    for (const auto& row : rows)
-        if (row.value)
-            file += "k" + QByteArray::number(&row - rows) + "\n" + row.value + "\n";
-    const REALEasyPrefs prefs = Read(file);
-    for (const auto& row : rows) {
-        const QString key = "K" + QString::number(&row - rows);
-        EXPECT_EQ(std::pair(prefs.GetPrefNumber(key, row.defaultValue), prefs.GetPrefBoolean(key, row.defaultFlag)),
-                  std::pair(row.number, row.flag)) << (row.value ? row.value : "missing");
-    }
-}
-
-TEST_F(Prefs, WritingKeepsUnknownKeysInPlaceAndAppendsNewOnes)
-{
-    REALEasyPrefs prefs = Read("FTPServer\nmirror.example\nColor\nred\ncolor\nblue\nVerbose\nfalse\n");
+    homes.WritePrefs("FTPServer\nmirror.example\nColor\nred\ncolor\nblue\nVerbose\nfalse\n");
+    prefs.InitPrefFile(QStringLiteral("VexilUtilPrefs"));
     EXPECT_EQ(prefs.GetPrefString("Absent", "d"), "d");
     EXPECT_EQ(prefs.GetPrefString("COLOR", "none"), "red") << "the first of two equal keys wins";
     prefs.SetPrefString("cOLOR", "green");
@@ -185,9 +149,10 @@ TEST_F(Prefs, WritingKeepsUnknownKeysInPlaceAndAppendsNewOnes)
               "FTPServer\nmirror.example\nColor\ngreen\ncolor\nblue\nVerbose\ntrue\nTrace\ntrue\nCount\n-40\n");
 }
 
-TEST_F(Prefs, FailedSaveKeepsTheOldFileAndLeavesNoTemporaryFile)
+TEST_F(Startup, FailedPreferencesSaveKeepsTheOldFileAndLeavesNoTemporaryFile)
 {
-    REALEasyPrefs prefs = Read("FolderPath\n/old/\n");
+    homes.WritePrefs("FolderPath\n/old/\n");
+    prefs.InitPrefFile(QStringLiteral("VexilUtilPrefs"));
     prefs.SetPrefString("FolderPath", "/new/");
     prefs.beforeCommit = [] { return false; };
     EXPECT_FALSE(prefs.WritePrefsFile());
@@ -207,12 +172,8 @@ TEST_F(Prefs, FailedSaveKeepsTheOldFileAndLeavesNoTemporaryFile)
 
 TEST(HelpFolder, TheBuildTreesFolderComesFirstThenTheInstalledOne)
 {
-    QTemporaryDir prefix;
-    const QDir root(prefix.path());
-    const QString bin = root.filePath(QStringLiteral("bin"));
-    const QString built = root.filePath(QStringLiteral("Resources/Help"));
-    const QString installed = root.filePath(QStringLiteral("share/vexil-utility/Help"));
-    QDir().mkpath(bin);
+    QTemporaryDir root;
+    const QString bin = root.filePath("bin"), built = root.filePath("Resources/Help"), installed = root.filePath("share/vexil-utility/Help");
     // Neither yet: the help names the build tree's folder as the missing one.
     EXPECT_EQ(App::HelpFolderFor(bin), built);
     QDir().mkpath(installed);
