@@ -1,5 +1,6 @@
 #include "AboutWindow.h"
 #include "App.h"
+#include "ControlBinding.h"
 #include "HelpFolder.h"
 #include "HexFile.h"
 #include "HtmlHelpView.h"
@@ -218,6 +219,15 @@ TEST_F(Window1ViewTest, StatusLogWidgetAndModelShareSelectionAndEditsAndTheRight
     QCoreApplication::sendEvent(log, &menuKey);
     EXPECT_EQ(platform.calls.size(), 2);
     EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+
+    // Redrawing the whole text moves the widget's cursor; that must not reach the model.
+    QPlainTextEdit plain;
+    TextArea area;
+    BindTextArea(&plain, area);
+    area.SetText(QStringLiteral("abcdef"));
+    area.SetSelection(1, 2);
+    area.SetText(QStringLiteral("abcdefgh"));
+    EXPECT_EQ(std::pair(area.SelStart(), area.SelLength()), std::pair(1, 2));
 }
 
 // Counts the close events the progress windows receive: hiding one instead would keep the program from quitting.
