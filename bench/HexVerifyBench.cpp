@@ -18,7 +18,7 @@ namespace {
 
 // A full flash window in 16-byte records, as a real firmware file has it:
 // 14,336 data records and a type 4 record wherever the upper half of the address changes.
-QByteArray FirmwareImage()
+QByteArray SampleImage()
 {
     return HexFile::Image(Window1Device::FLASH_WINDOW_START,
                           Window1Device::FLASH_WINDOW_END - Window1Device::FLASH_WINDOW_START);
@@ -67,7 +67,7 @@ int main(int argc, char** argv)
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("firmware.hex"));
     QFile file(path);
-    if (!dir.isValid() || !file.open(QIODevice::WriteOnly) || file.write(FirmwareImage()) < 0) {
+    if (!dir.isValid() || !file.open(QIODevice::WriteOnly) || file.write(SampleImage()) < 0) {
         std::fprintf(stderr, "cannot write the image into a temporary folder\n");
         return 1;
     }

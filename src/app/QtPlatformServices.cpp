@@ -140,6 +140,11 @@ QString QtPlatformServices::ChooseFolder(const QString& title, const QString& ac
     return chooser.selectedFiles().constFirst();
 }
 
+QString QtPlatformServices::ChooseFile(const QString& title, const QString& initialFolder, const QString& filter)
+{
+    return QFileDialog::getOpenFileName(nullptr, title, initialFolder, filter);
+}
+
 QStringList QtPlatformServices::MountedVolumes()
 {
     QStringList roots;

@@ -28,6 +28,7 @@ public:
     bool OpenDocument(const QString& path) override;
     bool OpenURL(const QUrl& url) override;
     QString ChooseFolder(const QString& title, const QString& actionCaption, const QString& initialFolder) override;
+    QString ChooseFile(const QString& title, const QString& initialFolder, const QString& filter) override;
     QStringList MountedVolumes() override;
     QString ClipboardText() override;
     void SetClipboardText(const QString& text) override;

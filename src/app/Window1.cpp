@@ -16,7 +16,9 @@ Window1::Window1(Globals& globals, Clock& clock, PlatformServices& platform, Vex
     connect(&CopyNewFilesButton, &PushButton::Action, this, &Window1::CopyNewFilesButton_Action);
     connect(&FTPTimer, &Timer::Action, this, &Window1::FTPTimer_Action);
     m_menuBar = {
-        {QStringLiteral("FileMenu"), QStringLiteral("File"), {{QStringLiteral("FileQuit"), &FileQuit, QStringLiteral("Ctrl+Q")}}},
+        {QStringLiteral("FileMenu"), QStringLiteral("File"), {{QStringLiteral("FileSendFirmwareFile"), &FileSendFirmwareFile, QStringLiteral("Ctrl+O")},
+          {QStringLiteral("UntitledSeparator1"), nullptr, {}},
+          {QStringLiteral("FileQuit"), &FileQuit, QStringLiteral("Ctrl+Q")}}},
         {QStringLiteral("ViewMenu"), QStringLiteral("View"), {{QStringLiteral("ViewTrace"), &ViewTrace, {}}}},
         {QStringLiteral("WindowMenu"),
          QStringLiteral("Window"),

@@ -51,6 +51,7 @@ public:
     Label StaticText23{QStringLiteral("Activity Log")};
     Label DisplayStatus{QStringLiteral("Ready")};
     PushButton CopyNewFilesButton{QStringLiteral("Copy New Files from Corvane")};
+    MenuItem FileSendFirmwareFile{QStringLiteral("Send Firmware File\u2026")};
     MenuItem FileQuit{QStringLiteral("Quit")};
     MenuItem ViewTrace{QStringLiteral("Trace")};
     MenuItem WindowMinimize{QStringLiteral("Minimize")};
@@ -105,6 +106,8 @@ public:
     void AddMenuHandlers();
     // A key the window got with no control taking it; false lets it go on.
     bool Event_KeyDown(const QString& key, Qt::KeyboardModifiers modifiers);
+    // A file the user chooses goes through the same checks, questions and load as the folder's newest.
+    bool _FileSendFirmwareFile_Action();
     bool _ViewTrace_Action();
     bool _WindowMinimize_Action();
     bool _WindowZoom_Action();
@@ -133,12 +136,20 @@ signals:
 private:
     // The load driver's steps up to the question; true when the load succeeded.
     bool SendAll();
+    // The controls that would start an exchange or change the folder, out of use during a load.
+    void SetLoadControlsEnabled(bool enabled);
+    // Asks before an older or the same revision is sent; true to go ahead.
+    bool MaySendRevision(const QString& revision);
     // A stored geometry is usable when its size suits the window and its title bar lies on a screen.
     bool PlacementFits(qint64 left, qint64 top, qint64 width, qint64 height);
 
     REALEasyPrefs& m_prefs;
     bool m_loadRunning = false;
     bool m_closeWhenLoadEnds = false;
+    // The file chosen with "Send Firmware File…" for the load about to start.
+    QString m_chosenFile;
+    // How the last press of Send ended, for its message; empty when nothing is to be told.
+    QString m_loadEndMessage;
     QString m_title = QStringLiteral("Corvane Vexil Utility");
     QRect m_bounds;
     int m_tabPanel = 0;

@@ -198,8 +198,10 @@ void Window1View::keyPressEvent(QKeyEvent* event)
 
 void Window1View::ShowProgressWin(ProgressWin* model)
 {
-    // The view lives exactly as long as its model.
-    auto* view = new ProgressWinView(*model);
+    // The view lives exactly as long as its model. A window of its own, but
+    // transient for this one, so the desktop keeps it above the main window
+    // for the whole load.
+    auto* view = new ProgressWinView(*model, this);
     connect(model, &QObject::destroyed, view, &QObject::deleteLater);
     // Closing ends the model's life too; both then go in the same deferred pass.
     connect(model, &ProgressWin::closed, view, &QObject::deleteLater);

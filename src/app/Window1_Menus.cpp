@@ -26,6 +26,7 @@ void Window1::AddMenuHandlers()
     // main window's close saves the preferences on the way out.
     using Handler = bool (Window1::*)();
     const std::pair<const char*, Handler> handlers[] = {
+        {"FileSendFirmwareFile", &Window1::_FileSendFirmwareFile_Action},
         {"ViewTrace", &Window1::_ViewTrace_Action},
         {"WindowMinimize", &Window1::_WindowMinimize_Action},
         {"WindowZoom", &Window1::_WindowZoom_Action},

@@ -1,7 +1,6 @@
 #include "VexilCtl.h"
 
 #include "FlashImageCheck.h"
-#include "RevisionText.h"
 
 #include <QDir>
 #include <QFile>
@@ -10,6 +9,7 @@
 #include <QJsonDocument>
 #include <QStandardPaths>
 
+#include <climits>
 #include <cstdio>
 #include <unistd.h>
 
@@ -137,6 +137,10 @@ bool VexilCtl::ShapeSimulation()
                 sim.SetCommandFault(cmd, SimulatedVexil::Fault::Silent, -1);
         else if (key == QLatin1String("stale"))
             sim.SetRevisionUnchangedAfterLoad(true);
+        else if (key == QLatin1String("unplug") && number && n > 0 && n <= INT_MAX)
+            sim.UnplugAfterReports(static_cast<int>(n));
+        else if (key == QLatin1String("missed-syncs") && number && n >= 0 && n <= 100)
+            sim.SetMissedSyncsAfterLoad(static_cast<int>(n));
         else if (key == QLatin1String("flash") && !value.isEmpty())
             m_flashOut = value;
         else if (key == QLatin1String("revision") && number && n >= 0 && n <= 255)
@@ -147,7 +151,7 @@ bool VexilCtl::ShapeSimulation()
             sim.SetEraseMicroseconds(n * 1000);
         else {
             Error(QStringLiteral("--sim: \"%1\" is not one of absent, silent, stale, revision=0..255, latency-us=N, "
-                                 "erase-ms=N, flash=PATH")
+                                 "erase-ms=N, unplug=N, missed-syncs=N, flash=PATH")
                       .arg(item));
             return false;
         }
@@ -188,16 +192,13 @@ bool VexilCtl::ClaimDevice()
     return false;
 }
 
-QString VexilCtl::FirstBadRecord(const QString& path)
+QString VexilCtl::FirstBadRecord(const QByteArray& bytes)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return QStringLiteral("cannot be read");
     // Each line on its own, followed by an end record, through a quiet reader:
     // the first line the reader refuses is the bad record.
     int lineNumber = 0;
-    while (!file.atEnd()) {
-        const QByteArray line = file.readLine().trimmed();
+    for (const QByteArray& raw : bytes.split('\n')) {
+        const QByteArray line = raw.trimmed();
         ++lineNumber;
         if (line.isEmpty())
             continue;
@@ -215,19 +216,19 @@ QString VexilCtl::FirstBadRecord(const QString& path)
     return QStringLiteral("every record reads, but End File record was not found");
 }
 
-bool VexilCtl::CheckFile(const QString& path, QJsonObject& result)
+bool VexilCtl::CheckFile(const FirmwareImage& file, const QString& path, QJsonObject& result)
 {
     // The reader keeps its offsets from this pass, as the load's own check does.
     MCULoader& reader = m_window.m_MCULoader;
     result.insert(QStringLiteral("file"), path);
     QString verdict;
     bool sound = false;
-    if (!QFileInfo(path).isFile()) {
+    if (!file.read) {
         verdict = QStringLiteral("cannot be read");
-    } else if (!reader.Verify(path)) {
-        verdict = FirstBadRecord(path);
+    } else if (!reader.VerifyBytes(file.bytes)) {
+        verdict = FirstBadRecord(file.bytes);
     } else {
-        const FlashImageCheck::Result image = FlashImageCheck::Run(reader, path, WindowStart, WindowEnd);
+        const FlashImageCheck::Result image = FlashImageCheck::Run(reader, file.bytes, WindowStart, WindowEnd);
         sound = image.Sound();
         verdict = image.Describe();
         result.insert(QStringLiteral("packets"), image.packets);
@@ -240,7 +241,7 @@ bool VexilCtl::CheckFile(const QString& path, QJsonObject& result)
 int VexilCtl::Verify(const QString& file)
 {
     QJsonObject result{{QStringLiteral("command"), QStringLiteral("verify")}};
-    const bool sound = CheckFile(file, result);
+    const bool sound = CheckFile(FirmwareImage::FromFile(file, QFileInfo(file).fileName(), {}), file, result);
     if (m_cancelled)
         return Finish(result, {QStringLiteral("Interrupted")}, Interrupted);
     return Finish(result, {file + QStringLiteral(": ") + result.value(QStringLiteral("verdict")).toString()},
@@ -299,9 +300,8 @@ int VexilCtl::Load(const QString& file)
     } else {
         // The revision in the name is what the device must report afterwards.
         const QFileInfo info(file);
-        int index = 0;
-        const QString digits = Window1Firmware::GetNewestRevision(QStringLiteral("vexil"), {info.fileName()}, index);
-        if (digits.isEmpty()) {
+        const QString revision = Window1Firmware::FileRevisionText(info.fileName());
+        if (revision.isEmpty()) {
             result.insert(QStringLiteral("file"), file);
             return Finish(result,
                           {file + QStringLiteral(": the name carries no revision (vexil<revision>.hex), so the "
@@ -310,21 +310,39 @@ int VexilCtl::Load(const QString& file)
         }
         m_globals.m_FolderPath = Window1Firmware::StoredForm(info.absolutePath());
         chosen.m_mstrPath = info.fileName();
-        m_window.hmcuRevision = digits;
-        m_window.MCUavailableText.SetText(RevisionText(Window1Firmware::LeadingNumber(digits)));
+        m_window.MCUavailableText.SetText(revision);
     }
-    // The whole file is checked before the device is even opened.
+    // The file is read once; those bytes are checked, before the device is even
+    // opened, and they are what the load sends.
     const QString path = m_globals.m_FolderPath + chosen.m_mstrPath;
-    if (!CheckFile(path, result))
+    const FirmwareImage firmware = FirmwareImage::FromFile(path, chosen.m_mstrPath, m_window.MCUavailableText.Text());
+    if (!CheckFile(firmware, path, result))
         return Finish(result, {path + QStringLiteral(": ") + result.value(QStringLiteral("verdict")).toString()},
                       FileUnsound);
     if (!m_window.CheckVexilRevisions()) {
         const bool found = m_globals.m_FirmwareStatus == QLatin1String("Main");
-        return Finish(result, {found ? QStringLiteral("The Vexil does not answer") : QStringLiteral("No Vexil found")},
+        return Finish(result,
+                      {found ? QStringLiteral("The Vexil does not answer, so nothing was sent to it: unplug it, plug it "
+                                              "in again and run the load again")
+                             : QStringLiteral("No Vexil found")},
                       m_cancelled ? Interrupted : found ? DeviceFailed : DeviceAbsent);
     }
     if (m_cancelled)
         return Finish(result, {QStringLiteral("Cancelled: the Vexil keeps its firmware")}, Interrupted);
+    // Going back, or writing the same again, only when asked for by name.
+    const QString running = m_globals.m_strMcuRevision;
+    const double offered = Window1Firmware::RevisionValue(firmware.revision);
+    const double have = Window1Firmware::RevisionValue(running);
+    if ((offered < have && !m_options.allowOlder) || (offered == have && !m_options.allowReinstall)) {
+        result.insert(QStringLiteral("revision"), running);
+        const bool older = offered < have;
+        return Finish(result,
+                      {QStringLiteral("Not loaded: the Vexil runs %1, and %2 is %3; nothing was sent (use %4 to load it)")
+                           .arg(running, firmware.revision,
+                                older ? QStringLiteral("older") : QStringLiteral("the same revision"),
+                                older ? QStringLiteral("--allow-older") : QStringLiteral("--allow-reinstall"))},
+                      NotNewer);
+    }
 
     m_window.mDeviceBusy = true;
     ProgressBar& bar = m_window.GetProgressWin().ProgressBar1;
@@ -333,12 +351,13 @@ int VexilCtl::Load(const QString& file)
     m_globals.m_ProgressWinOpen = true;
     chosen.m_strpath = chosen.m_mstrPath;
     bar.SetValue(0);
-    const bool loaded = m_window.VexilLoader();
+    const bool loaded = m_window.VexilLoadImage(firmware);
     m_globals.m_ProgressWinOpen = false;
     m_window.mDeviceBusy = false;
 
     result.insert(QStringLiteral("loaded"), loaded);
     result.insert(QStringLiteral("revision"), m_globals.m_strMcuRevision);
+    result.insert(QStringLiteral("state"), m_window.m_LastLoad.Word());
     // A second Ctrl+C after the last packet came too late to stop anything.
     if (m_stopped && !loaded)
         return Finish(result, {QStringLiteral("Stopped: the Vexil is left without firmware; load it again")},
@@ -348,7 +367,8 @@ int VexilCtl::Load(const QString& file)
                       Interrupted);
     if (!loaded) {
         m_globals.SetStatusText(QStringLiteral("Vexil firmware load failed"), false);
-        return Finish(result, {QStringLiteral("Vexil firmware load failed")}, DeviceFailed);
+        return Finish(result, {QStringLiteral("Vexil firmware load failed"), m_window.m_LastLoad.Describe()},
+                      DeviceFailed);
     }
     return Finish(result, {QStringLiteral("Vexil now runs firmware revision ") + m_globals.m_strMcuRevision}, Success);
 }

@@ -36,6 +36,7 @@ public:
         FileUnsound = 5,
         NetworkFailure = 6,
         NothingToDo = 7,
+        NotNewer = 8,
         Interrupted = 130,
     };
 
@@ -44,6 +45,9 @@ public:
         bool json = false;
         bool quiet = false;
         bool simulate = false;
+        // A load of an older, or the same, revision than the Vexil runs goes ahead only when allowed.
+        bool allowOlder = false;
+        bool allowReinstall = false;
         // key[=value] pairs, comma-separated, that shape the simulated device.
         QString sim;
     };
@@ -68,10 +72,11 @@ private:
     bool ChooseFolder();
     // The device is the window program's too: while it runs, it owns it.
     bool ClaimDevice();
-    // The reader's pass and the image check the load makes before any erase.
-    bool CheckFile(const QString& path, QJsonObject& result);
+    // The reader's pass and the image check the load makes before any erase,
+    // over the file's bytes as read once.
+    bool CheckFile(const FirmwareImage& file, const QString& path, QJsonObject& result);
     // The line and the reader's complaint for the first record it refuses.
-    QString FirstBadRecord(const QString& path);
+    static QString FirstBadRecord(const QByteArray& bytes);
     void OnInterrupt();
     bool LoadMayGoOn(bool flashErased);
 

@@ -20,7 +20,11 @@ Commands:
                 Utility, and checks the revision it then reports. Ctrl+C
                 before the flash erase cancels; after it, a second Ctrl+C is
                 needed, since stopping then leaves the Vexil without firmware.
-                FILE must be named vexil<revision>.hex.
+                FILE must be named vexil<revision>.hex. A revision older
+                than the Vexil's, or the same, is loaded only with
+                --allow-older or --allow-reinstall. A failed load says what
+                the Vexil now holds: untouched, erased, or written but not
+                confirmed.
   fetch         Copies the newest firmware file and its release notes from
                 the firmware server into the folder, when it is newer than the
                 folder's, and checks it.
@@ -39,13 +43,16 @@ Exit codes:
   6    network failure: the server could not be reached or the file fetched
   7    nothing to do (status: the Vexil runs the newest firmware in the
        folder; fetch: the folder already has the server's newest)
+  8    load: not loaded, the file's revision is older than the Vexil's or
+       the same (see --allow-older, --allow-reinstall)
   130  interrupted by Ctrl+C
 
 --sim takes comma-separated settings for the simulated Vexil: absent, silent
 (opens but never answers), stale (keeps its old revision after a load),
 revision=N (0-255, default 112), latency-us=N (default 1000), erase-ms=N
-(default 1500), flash=PATH (after a run that erased the flash, its contents
-are written to PATH).)";
+(default 1500), unplug=N (unplugged after its Nth report), missed-syncs=N
+(the first N syncs after a load go unanswered), flash=PATH (after a run that
+erased the flash, its contents are written to PATH).)";
 
 } // namespace
 
@@ -69,7 +76,11 @@ int main(int argc, char* argv[])
                                       QStringLiteral("Works on a simulated Vexil instead of the USB device."));
     const QCommandLineOption sim(QStringLiteral("sim"), QStringLiteral("Settings of the simulated Vexil (see above)."),
                                  QStringLiteral("SETTINGS"));
-    parser.addOptions({help, version, folder, json, quiet, simulate, sim});
+    const QCommandLineOption allowOlder(QStringLiteral("allow-older"),
+                                        QStringLiteral("load: also loads a revision older than the Vexil's."));
+    const QCommandLineOption allowReinstall(QStringLiteral("allow-reinstall"),
+                                            QStringLiteral("load: also loads the revision the Vexil already runs."));
+    parser.addOptions({help, version, folder, json, quiet, simulate, sim, allowOlder, allowReinstall});
     parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("status, verify, load or fetch."),
                                  QStringLiteral("command [FILE]"));
 
@@ -98,6 +109,8 @@ int main(int argc, char* argv[])
     options.quiet = parser.isSet(quiet);
     options.simulate = parser.isSet(simulate);
     options.sim = parser.value(sim);
+    options.allowOlder = parser.isSet(allowOlder);
+    options.allowReinstall = parser.isSet(allowReinstall);
     VexilCtl ctl(options);
     return ctl.Run(command, arguments);
 }

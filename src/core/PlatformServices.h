@@ -47,6 +47,12 @@ public:
 
     // A folder chooser; the chosen folder's absolute path, or empty when cancelled.
     virtual QString ChooseFolder(const QString& title, const QString& actionCaption, const QString& initialFolder) = 0;
+    // A chooser of one existing file; its absolute path, or empty when cancelled
+    // (and where the platform has no chooser).
+    virtual QString ChooseFile(const QString& /*title*/, const QString& /*initialFolder*/, const QString& /*filter*/)
+    {
+        return {};
+    }
     // The roots a typed path may start from, in the platform's order.
     virtual QStringList MountedVolumes() = 0;
 

@@ -18,9 +18,19 @@ public:
         emit changed();
     }
 
+    bool Enabled() const { return m_enabled; }
+    void SetEnabled(bool enabled)
+    {
+        if (enabled == m_enabled)
+            return;
+        m_enabled = enabled;
+        emit changed();
+    }
+
 signals:
     void changed();
 
 private:
     QString m_text;
+    bool m_enabled = true;
 };

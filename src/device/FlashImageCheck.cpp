@@ -30,17 +30,15 @@ QString FlashImageCheck::Result::Describe() const
     return {};
 }
 
-FlashImageCheck::Result FlashImageCheck::Run(const MCULoader& reader, const QString& path, std::uint32_t windowStart,
-                                             std::uint32_t windowEnd)
+FlashImageCheck::Result FlashImageCheck::Run(const MCULoader& reader, const QByteArray& bytes,
+                                             std::uint32_t windowStart, std::uint32_t windowEnd)
 {
     MCULoader quiet(nullptr, nullptr);
     quiet.m_dwOffset = reader.m_dwOffset;
     quiet.m_dwAddress = reader.m_dwAddress;
-    if (!quiet.OpenStream(path)) {
-        Result result;
-        result.problem = Problem::Unreadable;
-        return result;
-    }
+    quiet.bs.OpenBytes(bytes);
+    quiet.m_fIsReadOK = true;
+    quiet.m_fIsEndOfFile = false;
     return RunOpen(quiet, windowStart, windowEnd);
 }
 

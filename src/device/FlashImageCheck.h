@@ -32,9 +32,10 @@ public:
         QString Describe() const;
     };
 
-    // Reads `path` quietly with the offsets `reader` would start from, so the
-    // check sees the same addresses as the load that follows it.
-    static Result Run(const MCULoader& reader, const QString& path, std::uint32_t windowStart, std::uint32_t windowEnd);
+    // Reads the file's `bytes` quietly with the offsets `reader` would start
+    // from, so the check sees the same addresses as the load that follows it.
+    static Result Run(const MCULoader& reader, const QByteArray& bytes, std::uint32_t windowStart,
+                      std::uint32_t windowEnd);
     // The same over an already open quiet reader.
     static Result RunOpen(MCULoader& quietReader, std::uint32_t windowStart, std::uint32_t windowEnd);
 };

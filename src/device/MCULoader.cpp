@@ -122,6 +122,14 @@ bool MCULoader::Verify(const QString& path)
     return VerifyOpenStream();
 }
 
+bool MCULoader::VerifyBytes(const QByteArray& bytes)
+{
+    bs.OpenBytes(bytes);
+    m_fIsReadOK = true;
+    m_fIsEndOfFile = false;
+    return VerifyOpenStream();
+}
+
 bool MCULoader::ValidateIntelHex(const QString& fileName)
 {
     return Verify((m_globals ? m_globals->m_FolderPath : QString()) + fileName);

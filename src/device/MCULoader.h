@@ -71,6 +71,8 @@ public:
     bool Verify(const QString& path);
     // Verify of the file `fileName` in the firmware folder.
     bool ValidateIntelHex(const QString& fileName);
+    // A whole pass over a file already read into memory.
+    bool VerifyBytes(const QByteArray& bytes);
 
     // Opens `bs` on the file for a caller that pulls records itself.
     bool OpenStream(const QString& path);

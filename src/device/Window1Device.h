@@ -1,5 +1,7 @@
 #pragma once
 
+#include "FirmwareImage.h"
+#include "LoadEnding.h"
 #include "MCULoader.h"
 #include "ProgramFrame.h"
 #include "ProgramPacket.h"
@@ -57,8 +59,12 @@ public:
     void VexilRevisionsTimer_Action();
 
     // Programs the file RevisionedFilename.m_mstrPath into the device; true only
-    // when the device afterwards reports the file's revision.
+    // when the device afterwards reports the file's revision (MCUavailableText).
     bool VexilLoader();
+    // The same load of a file already read: its bytes are checked, then sent.
+    bool VexilLoadImage(const FirmwareImage& firmware);
+    // What the last load left in the device.
+    LoadEnding m_LastLoad;
     bool VexilUnlock();
     bool VexilEraseFlash();
 

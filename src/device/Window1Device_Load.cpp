@@ -2,7 +2,6 @@
 #include "FlashImageCheck.h"
 #include "Window1Device.h"
 
-#include <QFileInfo>
 
 bool Window1Device::VexilUnlock()
 {
@@ -28,12 +27,19 @@ bool Window1Device::VexilEraseFlash()
 
 bool Window1Device::VexilLoader()
 {
-    MCULoader& loader = m_MCULoader;
-    const QString fileName = m_RevisionedFilename.m_mstrPath;
-    const QString path = m_globals.m_FolderPath + fileName;
+    const QString& fileName = m_RevisionedFilename.m_mstrPath;
+    return VexilLoadImage(
+        FirmwareImage::FromFile(m_globals.m_FolderPath + fileName, fileName, MCUavailableText.Text()));
+}
 
-    bool working = loader.ValidateIntelHex(fileName);
-    if (!QFileInfo(path).isFile()) {
+bool Window1Device::VexilLoadImage(const FirmwareImage& firmware)
+{
+    MCULoader& loader = m_MCULoader;
+    const QString& fileName = firmware.name;
+    m_LastLoad = LoadEnding{LoadEnding::Held::Untouched, m_globals.m_strMcuRevision, firmware.revision, {}};
+
+    bool working = firmware.read && loader.VerifyBytes(firmware.bytes);
+    if (!firmware.read) {
         MCUinstalledText.SetText(m_globals.m_strMcuRevision);
         return working;
     }
@@ -42,14 +48,14 @@ bool Window1Device::VexilLoader()
     // known to form one unbroken image: a file refused here leaves the flash as it is.
     if (working) {
         const FlashImageCheck::Result image =
-            FlashImageCheck::Run(loader, path, FLASH_WINDOW_START, FLASH_WINDOW_END);
+            FlashImageCheck::Run(loader, firmware.bytes, FLASH_WINDOW_START, FLASH_WINDOW_END);
         if (!image.Sound()) {
             ReportLine(image.Describe(), false);
             working = false;
         }
     }
 
-    loader.bs.Open(path);
+    loader.bs.OpenBytes(firmware.bytes);
     loader.m_fIsReadOK = true;
     loader.m_fIsEndOfFile = false;
 
@@ -71,8 +77,11 @@ bool Window1Device::VexilLoader()
         bar.SetMaximum(0);
         return false;
     }
-    if (working)
+    if (working) {
+        // From the erase on, the device may hold no firmware until the load completes.
+        m_LastLoad.held = LoadEnding::Held::Erased;
         working = VexilEraseFlash();
+    }
 
     bool readFailure = false;
     if (working) {
@@ -85,6 +94,7 @@ bool Window1Device::VexilLoader()
         std::uint32_t counter = FLASH_WINDOW_START;
         for (;;) {
             if (counter >= FLASH_WINDOW_END) {
+                m_LastLoad.held = LoadEnding::Held::Unconfirmed;
                 WriteFrame.pkt.addr = static_cast<std::int32_t>(LOAD_COMPLETE_ADDRESS);
                 WriteFrame.pkt.pkno = 0;
                 WriteFrame.pkt.data.fill(0);
@@ -127,16 +137,26 @@ bool Window1Device::VexilLoader()
                    false);
     } else {
         DoEvents(500);
-        if (!CheckVexilRevisions()) {
+        bool answered = CheckVexilRevisions();
+        // A device that opens but misses one answer while it restarts gets one more question.
+        if (!answered && m_globals.m_FirmwareStatus == QLatin1String("Main")) {
+            ReportLine(QStringLiteral("No revision from the Vexil after the load; asking once more"), true);
+            DoEvents(500);
+            answered = CheckVexilRevisions();
+        }
+        if (!answered) {
             ReportLine(QStringLiteral("Vexil is not responding"), false);
             loader.bs.Close();
             return false;
         }
-        const QString available = MCUavailableText.Text();
+        m_LastLoad.reported = m_globals.m_strMcuRevision;
+        const QString& available = firmware.revision;
         if (available != m_globals.m_strMcuRevision) {
             ReportLine(QStringLiteral("Firmware load verification failed"), false);
         } else {
             result = true;
+            if (m_LastLoad.held != LoadEnding::Held::Untouched)
+                m_LastLoad.held = LoadEnding::Held::NewFirmware;
             const QString& device = m_globals.m_strMcuRevision;
             m_globals.SetStatusText(QStringLiteral("Loaded Vexil firmware revision \"") + available
                                         + QStringLiteral("\"\nVexil responded with revision \"") + device

@@ -58,6 +58,13 @@ double Window1Firmware::RevisionValue(const QString& text)
     return leading.match(text).captured(0).toDouble();
 }
 
+QString Window1Firmware::FileRevisionText(const QString& fileName)
+{
+    int index = 0;
+    const QString digits = GetNewestRevision(QStringLiteral("vexil"), {fileName}, index);
+    return digits.isEmpty() ? QString() : RevisionText(LeadingNumber(digits));
+}
+
 QString Window1Firmware::GetNewestRevision(const QString& prefix, const QStringList& files, int& index)
 {
     QString best;

@@ -44,6 +44,8 @@ public:
     // The revision digits of the newest "<prefix><digits>.hex" in `files`, or ""
     // when none has a number above 0; `index` is set to its place only when found.
     static QString GetNewestRevision(const QString& prefix, const QStringList& files, int& index);
+    // The display revision a file named "vexil<digits>.hex" carries ("01.13"); "" for any other name.
+    static QString FileRevisionText(const QString& fileName);
 
     // The longest numeric beginning of `text` as a number; 0 when there is none.
     static qint64 LeadingNumber(const QString& text);

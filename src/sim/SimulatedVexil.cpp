@@ -218,6 +218,8 @@ int SimulatedVexil::HandleWrite(int generation, const unsigned char* data, std::
                     m_state = State::Complete;
                     if (!m_revisionUnchanged)
                         m_appRevision = m_revisionOfLoadedFile ? m_revisionOfLoadedFile() : m_revisionAfterLoad;
+                    if (m_missAfterLoad > 0)
+                        SetCommandFault('U', Fault::Silent, m_missAfterLoad);
                     QueueAnswer(entry, 'B', m_latencyUs);
                 } else {
                     const std::uint32_t target = entry.addr + 16u * entry.pkno;

@@ -58,6 +58,8 @@ public:
     }
     // A load completes but the device keeps reporting its old revision.
     void SetRevisionUnchangedAfterLoad(bool unchanged) { m_revisionUnchanged = unchanged; }
+    // Once a load completes, the next `count` syncs go unanswered, as while the device restarts.
+    void SetMissedSyncsAfterLoad(int count) { m_missAfterLoad = count; }
     void SetIdentity(const std::string& fourChars) { m_identity = fourChars; }
     // Misbehaves on the next `times` commands with this letter (-1: always).
     // WrongStatus answers with `letter` instead of the proper status.
@@ -112,6 +114,7 @@ private:
     std::uint8_t m_appRevision = 112;
     std::uint8_t m_revisionAfterLoad = 113;
     bool m_revisionUnchanged = false;
+    int m_missAfterLoad = 0;
     std::function<std::uint8_t()> m_revisionOfLoadedFile;
 
     struct FaultPlan {

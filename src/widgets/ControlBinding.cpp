@@ -261,10 +261,12 @@ void BindProgressBar(QProgressBar* widget, ProgressBar& model)
 void BindTextField(QLineEdit* widget, TextField& model)
 {
     widget->setText(model.Text());
+    widget->setEnabled(model.Enabled());
     // Only a change from elsewhere is drawn: redrawing what the user typed would move the caret.
     QObject::connect(&model, &TextField::changed, widget, [widget, &model] {
         if (widget->text() != model.Text())
             widget->setText(model.Text());
+        widget->setEnabled(model.Enabled());
     });
     QObject::connect(widget, &QLineEdit::textEdited, &model, [&model](const QString& text) { model.SetText(text); });
 }

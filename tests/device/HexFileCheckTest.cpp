@@ -65,16 +65,14 @@ TEST_F(HexFileCheck, ImageCheckNamesTheFirstRecordTheLoadCouldNotSend)
         {{upper, Record(0, 0x8000, Bytes(16)), HexFile::EndOfFile()},
          "Firmware file refused: its image ends at 0x1D008010, before the flash window ends at 0x1D008020"},
     };
-    for (const auto& [lines, text] : rows) {
-        const QString path = Write(HexFile::Lines(lines));
-        EXPECT_EQ(FlashImageCheck::Run(MCULoader(nullptr, nullptr), path, Start, End).Describe(),
+    for (const auto& [lines, text] : rows)
+        EXPECT_EQ(FlashImageCheck::Run(MCULoader(nullptr, nullptr), HexFile::Lines(lines), Start, End).Describe(),
                   QString::fromLatin1(text));
-    }
 
     // The load reads on from the offset the validation left behind; the check does the same, on a copy.
     MCULoader reader(nullptr, nullptr);
     reader.m_dwOffset = 0x1D000000;
-    const QString path = Write(HexFile::Lines({Record(0, 0x8000, Bytes(16)), Record(0, 0x8010, Bytes(16))}));
-    EXPECT_EQ(FlashImageCheck::Run(reader, path, Start, End).packets, 2);
+    EXPECT_EQ(FlashImageCheck::Run(reader, HexFile::Lines({Record(0, 0x8000, Bytes(16)), Record(0, 0x8010, Bytes(16))}),
+                                   Start, End).packets, 2);
     EXPECT_EQ(reader.m_dwOffset, 0x1D000000u);
 }

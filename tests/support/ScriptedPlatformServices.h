@@ -41,6 +41,11 @@ public:
         calls << QStringLiteral("ChooseFolder: %1 | %2 | %3").arg(title, actionCaption, initialFolder);
         return chosenFolders.isEmpty() ? QString() : chosenFolders.dequeue();
     }
+    QString ChooseFile(const QString& title, const QString& initialFolder, const QString& filter) override
+    {
+        calls << QStringLiteral("ChooseFile: %1 | %2 | %3").arg(title, initialFolder, filter);
+        return chosenFiles.isEmpty() ? QString() : chosenFiles.dequeue();
+    }
     QStringList MountedVolumes() override { return volumes; }
     QString ClipboardText() override { return clipboard; }
     void SetClipboardText(const QString& text) override { clipboard = text; }
@@ -58,6 +63,7 @@ public:
 
     QStringList calls;
     QQueue<QString> chosenFolders;   // empty: the chooser is cancelled
+    QQueue<QString> chosenFiles;     // likewise
     QStringList volumes{QStringLiteral("/")};
     QString clipboard;
     QQueue<int> popupChoices;         // empty: the menu closes without a choice
