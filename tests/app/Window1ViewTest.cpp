@@ -76,6 +76,11 @@ protected:
         globals.m_FolderPath = folder.path() + QLatin1Char('/');
         sim.SetAppRevision(112);
         sim.SetRevisionAfterLoad(113);
+        sim.SetPresent(true);
+        sim.SetIdentity("vxil");
+        sim.UnplugAfterReports(-1);
+        sim.SetMissedSyncsAfterLoad(0);
+        sim.SetCommandFault('U', SimulatedVexil::Fault::None, 0);
         window.mStartup = false;
         window.Checklocalfiles();
         window.CheckVexilRevisions();
@@ -246,14 +251,23 @@ TEST_F(Window1ViewTest, CloseDuringALoadWaitsForItsEndAndEveryWindowThenCloses)
     view.show();
     ProgressCloses progressCloses;
     qApp->installEventFilter(&progressCloses);
-    bool refused = false;
+    bool refused = false, outOfUse = false;
     QObject::connect(&window.MCUinstalledText, &Label::changed, &view, [&] {
-        refused |= window.MCUinstalledText.Text() == QLatin1String("Loading") && !view.close();
+        if (window.MCUinstalledText.Text() != QLatin1String("Loading"))
+            return;
+        // Above the main window for the whole load, whose controls that cannot run meanwhile are drawn disabled.
+        outOfUse = ProgressView() && ProgressView()->windowHandle()->transientParent() == view.windowHandle()
+            && !FindByText<QPushButton>(view, "Browse")->isEnabled() && !view.findChild<QLineEdit*>()->isEnabled()
+            && !Item("FileSendFirmwareFile")->isEnabled();
+        refused |= !view.close();
     });
     QSignalSpy fired(&window.SendAllTimer, &Timer::Action);
     window.SendVexilButton.Push();
     ASSERT_TRUE(fired.wait(20000));
-    EXPECT_TRUE(refused && window.StatusField.Text().contains("will close when the firmware load is over"));
+    EXPECT_TRUE(refused && outOfUse && window.StatusField.Text().contains("will close when the firmware load is over"));
+    EXPECT_EQ(platform.calls, QStringList{"MsgBox: Vexil firmware load has completed successfully\nRemove Vexil power "
+                                          "and reconnect it to your transceiver"}) << "the ending is told before the close";
+    EXPECT_TRUE(window.BrowseButton.Enabled() && window.FolderPath.Enabled());
     EXPECT_EQ(sim.CountCommands('!'), 14336 + 1) << "every packet and the completion";
     EXPECT_FALSE(view.isVisible()) << "closed once the load is over";
     EXPECT_EQ(progressCloses.count, 1);
@@ -343,26 +357,73 @@ TEST_F(Window1Test, LoadAsksWhetherToQuitAndKeepsEveryOtherControlOut)
     EXPECT_EQ(sim.CountCommands('U'), syncs + 1);
 }
 
-TEST_F(Window1Test, LoadsThatCannotRunEndWithoutErasing)
+TEST_F(Window1Test, EverySendEndsToldAndOnlyANewerRevisionGoesWithoutAQuestion)
 {
-    const std::tuple<const char*, std::function<void()>, QStringList> rows[] = {
-        {"no firmware file", [this] { QFile::remove(folder.filePath("vexil0113.hex")); },
-         {"MsgBox: One or more required firmware files is missing.\n\nCopy new files from Corvane server"}},
-        {"absent device", [this] { sim.SetPresent(false); }, {}},
+    using Fault = SimulatedVexil::Fault;
+    const QString failed = "MsgBox: Vexil firmware load failed\n\n";
+    const QString erased = "The Vexil was erased and now holds no firmware. Keep it connected (unplug it and plug it in "
+                           "again if it does not answer), then send the firmware again: its bootloader stays in place "
+                           "and takes a new load.";
+    QTemporaryDir elsewhere;
+    const QString chooser = "ChooseFile: Send Firmware File | " + folder.path() + "/ | Vexil firmware (vexil*.hex);;All files (*)";
+    auto choose = [&](const QString& name) {
+        HexFile::Write(QDir(elsewhere.path()), name, HexFile::Image(0x1D008000, 0x38000, 5));
+        platform.chosenFiles.enqueue(elsewhere.filePath(name));
     };
-    for (const auto& [name, arrange, calls] : rows) {
-        SCOPED_TRACE(name);
+    const struct {
+        const char* name;
+        std::function<void()> arrange;
+        QList<bool> answers;
+        QStringList calls;
+        bool erased;
+        bool fromMenu = false;
+    } rows[] = {
+        {"no firmware file", [this] { QFile::remove(folder.filePath("vexil0113.hex")); }, {},
+         {"MsgBox: One or more required firmware files is missing.\n\nCopy new files from Corvane server"}, false},
+        {"absent device", [this] { sim.SetPresent(false); }, {}, {}, false},
+        {"opens but never answers", [this] { sim.SetCommandFault('U', Fault::Silent, -1); }, {},
+         {"MsgBox: The Vexil does not answer, so nothing was sent to it. Unplug it, plug it in again, wait a few seconds "
+          "and send again; if it still does not answer, see Troubleshooting in Vexil Utility Help."}, false},
+        {"refused before the erase", [this] { sim.SetIdentity("vxiL"); }, {},
+         {failed + "Nothing was erased or written: the Vexil still runs firmware revision 01.12."}, false},
+        {"a packet refused", [this] { sim.SetCommandFault('!', Fault::WrongStatus); }, {}, {failed + erased}, true},
+        {"unplugged during the packets", [this] { sim.UnplugAfterReports(int(sim.Log().size()) + 100); }, {}, {failed + erased}, true},
+        {"one sync missed as the device restarts", [this] { sim.SetMissedSyncsAfterLoad(1); }, {}, {Question}, true},
+        {"older, answered No", [this] { sim.SetAppRevision(140); window.CheckVexilRevisions(); }, {},
+         {"MyYesWindow: The Vexil runs 01.40. Replace it with the older 01.13? | Older firmware may lack fixes of the one it runs. | No"}, false},
+        {"older, answered Yes", [this] { sim.SetAppRevision(140); window.CheckVexilRevisions(); }, {true},
+         {"MyYesWindow: The Vexil runs 01.40. Replace it with the older 01.13? | Older firmware may lack fixes of the one it runs. | No", Question}, true},
+        {"the same, answered No", [this] { sim.SetAppRevision(113); window.CheckVexilRevisions(); }, {},
+         {"MyYesWindow: The Vexil already runs 01.13. Send 01.13 to it again? | The Vexil is erased and written again with the same firmware. | No"}, false},
+        {"a chosen file", [&] { choose("vexil0115.hex"); sim.SetRevisionAfterLoad(115); }, {}, {chooser, Question}, true, true},
+        {"a chosen file without a revision", [&] { choose("firmware.hex"); }, {},
+         {chooser, "MsgBox: \"firmware.hex\" cannot be sent: its name carries no revision (vexil<revision>.hex), so the load "
+                   "could not be checked. Nothing was sent to the Vexil."}, false, true},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
         LoadReady();
+        row.arrange();
         platform.calls.clear();
-        arrange();
+        platform.yesAnswers = QQueue<bool>(row.answers);
         window.StatusField.SetText({});
-        Send();
+        const int erases = sim.CountCommands('E');
+        QSignalSpy fired(&window.SendAllTimer, &Timer::Action);
+        if (row.fromMenu)
+            emit window.FileSendFirmwareFile.Action();
+        else
+            window.SendVexilButton.Push();
+        ASSERT_TRUE(fired.wait(5000));
+        EXPECT_EQ(platform.calls, row.calls);
+        EXPECT_EQ(sim.CountCommands('E') > erases, row.erased);
+        // The log tells the same: after the failure line, what the Vexil now holds.
         const QStringList lines = StatusLinesOf(window.StatusField);
-        // Without a file the driver ends with "Ready"; without a device it stops before.
-        EXPECT_EQ(std::pair(lines.contains("Ready"), window.SendVexilButton.Enabled()), std::pair(!calls.isEmpty(), !calls.isEmpty()));
-        EXPECT_EQ(platform.calls, calls);
-        EXPECT_FALSE(window.HasProgressWin() || sim.CountCommands('E') + sim.CountCommands('!') > 0);
+        if (!row.calls.isEmpty() && row.calls.constLast().startsWith(failed)) {
+            EXPECT_EQ(lines.value(lines.indexOf("Vexil firmware load failed") + 1), row.calls.constLast().mid(failed.size()));
+        }
+        EXPECT_FALSE(window.HasProgressWin());
     }
+    EXPECT_EQ(sim.Flash()[0], 5) << "the chosen file's bytes";
 }
 
 TEST_F(Window1ViewTest, ItemsReachTheDesktopAndQuitSavesThePreferences)
