@@ -195,22 +195,26 @@ bool VexilCtl::ClaimDevice()
 QString VexilCtl::FirstBadRecord(const QByteArray& bytes)
 {
     // Each line on its own, followed by an end record, through a quiet reader:
-    // the first line the reader refuses is the bad record.
-    int lineNumber = 0;
-    for (const QByteArray& raw : bytes.split('\n')) {
-        const QByteArray line = raw.trimmed();
-        ++lineNumber;
+    // the first line the reader refuses is the bad record. The last line gets
+    // no end record after it, so a file cut inside its last record is told as
+    // the reader tells it, not as a bad character.
+    const QList<QByteArray> lines = bytes.split('\n');
+    qsizetype last = lines.size() - 1;
+    while (last > 0 && lines[last].trimmed().isEmpty())
+        --last;
+    for (qsizetype i = 0; i <= last; ++i) {
+        const QByteArray line = lines[i].trimmed();
         if (line.isEmpty())
             continue;
         Globals scratch;
         TerminalPlatform listener;
         listener.quiet = true;
         MCULoader reader(&scratch, &listener);
-        reader.bs.OpenBytes(line + "\n:00000001FF\n");
+        reader.bs.OpenBytes(line + (i < last ? "\n:00000001FF\n" : "\n"));
         reader.m_fIsReadOK = true;
         if (!reader.ReadNext())
             return QStringLiteral("line %1: %2")
-                .arg(lineNumber)
+                .arg(i + 1)
                 .arg(listener.lastMessage.isEmpty() ? scratch.m_StatusMsg : listener.lastMessage);
     }
     return QStringLiteral("every record reads, but End File record was not found");

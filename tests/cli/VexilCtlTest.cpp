@@ -33,6 +33,7 @@ struct Cli {
         HexFile::Write(QDir(folder.path()), "vexil0113.hex", kGood);
         QDir(folder.path()).mkdir("bad");
         HexFile::Write(QDir(folder.filePath("bad")), "vexil0119.hex", BadCopy());
+        HexFile::Write(QDir(folder.filePath("bad")), "vexil0120.hex", kGood.left(kGood.lastIndexOf(':') - 9));
         QDir(home.path()).mkpath("config");
         HexFile::Write(QDir(home.filePath("config")), "VexilUtilPrefs",
                        QString("FTPServer\n127.0.0.1\nFTPPort\n%1\n").arg(ftpPort).toUtf8());
@@ -98,6 +99,7 @@ TEST(Vexilctl, EachCommandsResultAndExitCode)
                                           "\"revision\":\"01.12\"\\},\"exitCode\":0,.*\"newFirmware\":true.*\\}\n$"},
         {{"verify", "%F/vexil0113.hex"}, "", {}, 0, "vexil0113.hex: Firmware image is sound: 14336 packets\n$"},
         {{"verify", "%F/bad/vexil0119.hex"}, "", {}, 5, "line 101: Intel Hex checksum verification failed\n$"},
+        {{"verify", "%F/bad/vexil0120.hex"}, "", {}, 5, "line \\d+: End File record was not found\n$"},
         {{"load"}, "", {}, 0, "^Sending firmware: 0%\n(.*\n){9}Sending firmware: 100%\nVexil now runs firmware revision 01.13\n$",
          "the file"},
         {{"load", "%F/bad/vexil0119.hex"}, "", {}, 5, "line 101: Intel Hex checksum"},
