@@ -3,17 +3,34 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSaveFile>
 #include <QStandardPaths>
 #include <QStringDecoder>
 
 #include <limits>
 
+void REALEasyPrefs::RemoveStaleCopies(const QDir& folder, const QString& fileName)
+{
+    // A write killed between writing its copy and renaming it over the file
+    // leaves the whole copy beside it as "<name>.XXXXXX". Only one copy of the
+    // program writes here, so at start-up any such copy is stale. A name that
+    // reads as a word ("backup") is a user's own and stays.
+    static const QRegularExpression random(QStringLiteral("^[A-Za-z0-9]{6}$"));
+    static const QRegularExpression word(QStringLiteral("^[a-z]+$"));
+    for (const QFileInfo& copy : folder.entryInfoList({fileName + QStringLiteral(".??????")}, QDir::Files | QDir::Hidden)) {
+        const QString suffix = copy.fileName().mid(fileName.size() + 1);
+        if (random.match(suffix).hasMatch() && !word.match(suffix).hasMatch() && !copy.isSymLink())
+            QFile::remove(copy.filePath());
+    }
+}
+
 void REALEasyPrefs::InitPrefFile(const QString& fileName)
 {
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
     QDir().mkpath(folder);
     prefFile = QDir(folder).filePath(fileName);
+    RemoveStaleCopies(QDir(folder), fileName);
     prefNames = QStringList{QString()};
     prefItems = QStringList{QString()};
 

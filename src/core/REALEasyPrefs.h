@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDir>
 #include <QString>
 #include <QStringList>
 
@@ -56,5 +57,6 @@ public:
     bool WritePrefsFile();
 
 private:
+    static void RemoveStaleCopies(const QDir& folder, const QString& fileName);
     qsizetype IndexOf(const QString& name) const;
 };
