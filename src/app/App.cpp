@@ -47,10 +47,16 @@ std::unique_ptr<OnlyCopyLock> App::ClaimOnlyCopy(PlatformServices& platform)
 {
     // Beside the preferences: the folder that is the user's, and the demo's own.
     auto lock = std::make_unique<OnlyCopyLock>();
-    if (lock->TryClaim())
+    if (lock->TryClaim(QStringLiteral("the Vexil Utility")))
         return lock;
-    platform.MsgBox(QStringLiteral("The Vexil Utility is already running.\n\n"
-                                   "Only one copy at a time may use the Vexil and the preferences."));
+    // The holder may be vexilctl at work, not a window the user forgot.
+    if (lock->Holder().startsWith(QLatin1String("vexilctl")))
+        platform.MsgBox(QStringLiteral("The Vexil is in use by %1.\n\nOnly one program at a time may use the Vexil and "
+                                       "the preferences: start the Vexil Utility again when it is done.")
+                            .arg(lock->Holder()));
+    else
+        platform.MsgBox(QStringLiteral("The Vexil Utility is already running.\n\n"
+                                       "Only one copy at a time may use the Vexil and the preferences."));
     return nullptr;
 }
 

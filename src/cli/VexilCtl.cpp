@@ -34,6 +34,8 @@ VexilCtl::VexilCtl(const Options& options)
       m_progress(stdout, ::isatty(STDOUT_FILENO) == 1)
 {
     m_platform.quiet = options.quiet;
+    m_download.Holder = QStringLiteral("vexilctl fetch");
+    m_download.CheckDeviceAfterRun = false;
     // The window layer made itself the log; here the log is the terminal.
     m_globals.AttachSink(this);
     m_window.LoadMayGoOn = [this](bool flashErased) { return LoadMayGoOn(flashErased); };
@@ -95,7 +97,7 @@ int VexilCtl::Run(const QString& command, const QStringList& arguments)
         return Verify(file);
     if (!ChooseFolder())
         return Usage;
-    if (!ClaimDevice())
+    if (command != QLatin1String("fetch") && !ClaimDevice(command))
         return DeviceFailed;
     m_window.mStartup = false;
     const int code = command == QLatin1String("status") ? Status() : command == QLatin1String("load") ? Load(file) : Fetch();
@@ -181,14 +183,17 @@ bool VexilCtl::ChooseFolder()
     return true;
 }
 
-bool VexilCtl::ClaimDevice()
+bool VexilCtl::ClaimDevice(const QString& command)
 {
     if (m_sim)
         return true;
     // The same lock as the window program's.
-    if (m_lock.TryClaim())
+    if (m_lock.TryClaim(QStringLiteral("vexilctl ") + command))
         return true;
-    Error(QStringLiteral("the Vexil Utility is running and owns the Vexil; close it first"));
+    if (m_lock.Holder().startsWith(QLatin1String("vexilctl")))
+        Error(QStringLiteral("the Vexil is in use by %1; try again when it is done").arg(m_lock.Holder()));
+    else
+        Error(QStringLiteral("the Vexil Utility is running and owns the Vexil; close it first"));
     return false;
 }
 
@@ -399,6 +404,8 @@ int VexilCtl::Fetch()
                       NothingToDo);
     case FirmwareDownload::Outcome::Unsound:
         return Finish(result, {QStringLiteral("The newest firmware on the server failed its check")}, FileUnsound);
+    case FirmwareDownload::Outcome::FolderBusy:
+        return Finish(result, {QStringLiteral("Not fetched: another download into the folder is running")}, DeviceFailed);
     case FirmwareDownload::Outcome::Unreachable:
     case FirmwareDownload::Outcome::FetchFailed:
         break;

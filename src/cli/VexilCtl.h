@@ -70,8 +70,9 @@ private:
     bool ShapeSimulation();
     // The firmware folder: --folder, else the preferences', else the default.
     bool ChooseFolder();
-    // The device is the window program's too: while it runs, it owns it.
-    bool ClaimDevice();
+    // The device is the window program's too: while it runs, it owns it. A
+    // fetch never opens the device and takes only the download's lock.
+    bool ClaimDevice(const QString& command);
     // The reader's pass and the image check the load makes before any erase,
     // over the file's bytes as read once.
     bool CheckFile(const FirmwareImage& file, const QString& path, QJsonObject& result);

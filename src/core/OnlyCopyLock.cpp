@@ -19,13 +19,14 @@ OnlyCopyLock::~OnlyCopyLock()
     ::close(m_fd);
 }
 
-bool OnlyCopyLock::TryClaim()
+bool OnlyCopyLock::TryClaim(const QString& holder)
 {
     if (m_fd >= 0)
         return true;
+    m_holder.clear();
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
     QDir().mkpath(folder);
-    QByteArray path = QFile::encodeName(QDir(folder).filePath(QStringLiteral("VexilUtilPrefs.lock")));
+    QByteArray path = QFile::encodeName(QDir(folder).filePath(m_fileName));
     // A copy that is just ending removes the file it held; a lock taken on that
     // removed file would be nobody's concern, so it is taken again on the new one.
     for (int attempt = 0; attempt < 3; ++attempt) {
@@ -34,6 +35,9 @@ bool OnlyCopyLock::TryClaim()
             return false;
         // Never waits: a second copy is told at once.
         if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
+            char said[256] = {};
+            const ssize_t n = ::pread(fd, said, sizeof said - 1, 0);
+            m_holder = n > 0 ? QString::fromUtf8(said, n).trimmed() : QString();
             ::close(fd);
             return false;
         }
@@ -43,6 +47,9 @@ bool OnlyCopyLock::TryClaim()
             && held.st_dev == named.st_dev) {
             m_fd = fd;
             m_path = std::move(path);
+            const QByteArray said = QStringLiteral("%1 (process %2)\n").arg(holder).arg(::getpid()).toUtf8();
+            if (holder.isEmpty() || ::ftruncate(fd, 0) != 0 || ::pwrite(fd, said.constData(), said.size(), 0) < 0)
+                (void)::ftruncate(fd, 0);
             return true;
         }
         ::close(fd);

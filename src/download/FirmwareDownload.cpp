@@ -1,6 +1,7 @@
 #include "FirmwareDownload.h"
 
 #include "FirmwareServer.h"
+#include "OnlyCopyLock.h"
 #include "PushButton.h"
 #include "Window1Firmware.h"
 
@@ -37,6 +38,18 @@ FirmwareDownload::Outcome FirmwareDownload::DoMacDownload()
     if (Ftp.Abandoned()) {
         m_button.SetEnabled(true);
         return Outcome::Unreachable;
+    }
+    // Two downloads into one folder would write the same files: the second waits its turn.
+    OnlyCopyLock folderLock(QString::fromLatin1(OnlyCopyLock::DownloadLockName));
+    if (!folderLock.TryClaim(Holder)) {
+        const QString busy = QStringLiteral("Another download into the firmware folder is running (%1). Try again when "
+                                            "it is done.")
+                                 .arg(folderLock.Holder().isEmpty() ? QStringLiteral("another program")
+                                                                    : folderLock.Holder());
+        globals.SetStatusText(busy, false);
+        Tell(busy);
+        m_button.SetEnabled(true);
+        return Outcome::FolderBusy;
     }
     Ftp.BeginRun(RunBoundMs);
     int count = 0;
@@ -77,7 +90,8 @@ FirmwareDownload::Outcome FirmwareDownload::DoMacDownload()
     // waits for the load, so no exchange ever falls between two packets.
     if (!Ftp.Abandoned()) {
         m_window.Checklocalfiles();
-        m_window.VexilRevisionsTimer_Action();
+        if (CheckDeviceAfterRun)
+            m_window.VexilRevisionsTimer_Action();
     }
     m_button.SetEnabled(true);
     return outcome;

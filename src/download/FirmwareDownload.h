@@ -23,12 +23,17 @@ public:
     static constexpr qint64 DefaultRunBoundMs = 5 * 60 * 1000;
 
     // How a run ended, for a caller without a window to read it from.
-    enum class Outcome { Copied, UpToDate, Unreachable, FetchFailed, Unsound };
+    enum class Outcome { Copied, UpToDate, Unreachable, FetchFailed, Unsound, FolderBusy };
 
     FirmwareDownload(Window1Firmware& window, PushButton& button);
 
     FTP Ftp;
     qint64 RunBoundMs = DefaultRunBoundMs;
+    // Who runs the download, as another copy is told while it holds the folder.
+    QString Holder = QStringLiteral("the Vexil Utility");
+    // The window refreshes the device's revision after a run; a fetch from a
+    // terminal leaves the device alone, as another program may be using it.
+    bool CheckDeviceAfterRun = true;
 
     // A mirror or test server; an empty host or an impossible port keeps the
     // firmware server's.

@@ -1,5 +1,6 @@
 #include "App.h"
 #include "HexFile.h"
+#include "OnlyCopyLock.h"
 #include "QtPrinters.h"
 #include "REALEasyPrefs.h"
 #include "SimRig.h"
@@ -15,6 +16,8 @@
 #include <QTest>
 #include <QTimer>
 #include <gtest/gtest.h>
+
+#include <unistd.h>
 
 // Start-up and close of the main window against real preference and data
 // folders in temporary places.
@@ -127,6 +130,13 @@ TEST_F(Startup, OnlyOneCopyRunsAndNotesNoProgramTakesAreReported)
     auto first = App::ClaimOnlyCopy(platform);
     EXPECT_TRUE(first && !App::ClaimOnlyCopy(platform));
     first.reset();
+    {
+        // vexilctl at work is named as such; its fetch takes only the download's lock.
+        OnlyCopyLock loading, fetching(OnlyCopyLock::DownloadLockName);
+        ASSERT_TRUE(loading.TryClaim("vexilctl load") && fetching.TryClaim("vexilctl fetch"));
+        EXPECT_FALSE(App::ClaimOnlyCopy(platform));
+        EXPECT_TRUE(platform.calls.constLast().startsWith(QString("MsgBox: The Vexil is in use by vexilctl load (process %1).").arg(getpid())));
+    }
     EXPECT_TRUE(App::ClaimOnlyCopy(platform)) << "free again once the first copy ends";
     globals.m_FolderPath = homes.DataPath() + QLatin1Char('/');
     QDir().mkpath(globals.m_FolderPath);
