@@ -2,6 +2,7 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QStringDecoder>
 
 #include <cstdio>
 
@@ -58,6 +59,17 @@ erased the flash, its contents are written to PATH).)";
 
 int main(int argc, char* argv[])
 {
+    // File names reach Qt as UTF-8 text; bytes that are not UTF-8 would turn
+    // into a different name, so such a name is refused with a way out.
+    for (int i = 1; i < argc; ++i) {
+        QStringDecoder utf8(QStringDecoder::Utf8);
+        const QString decoded = utf8.decode(QByteArrayView(argv[i]));
+        if (utf8.hasError()) {
+            std::fprintf(stderr, "vexilctl: \"%s\" holds bytes that are not UTF-8, so it cannot be used as a file or "
+                                 "folder name; rename it (for example with convmv) and try again\n", argv[i]);
+            return VexilCtl::Usage;
+        }
+    }
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("vexilctl"));
     QCoreApplication::setApplicationVersion(QStringLiteral(VEXILCTL_VERSION));
