@@ -6,7 +6,11 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 ./scripts/setup-deps.sh
-./scripts/build.sh default >/dev/null
+# The first build takes minutes: its progress goes to the terminal (standard
+# error), so a script that reads the program's own output is not disturbed.
+echo "run: building (the first time takes a few minutes) ..." >&2
+./scripts/build.sh default >&2
+echo "run: starting" >&2
 if [ "${1:-}" = "--demo" ]; then
   shift
   exec ./build/default/src/app/vexil-utility-demo "$@"

@@ -1,5 +1,13 @@
 #include "App.h"
 
+#include "Version.h"
+
+#include <QCommandLineParser>
+#include <QCryptographicHash>
+#include <QLocalSocket>
+#include <QStandardPaths>
+#include <QCoreApplication>
+
 #include "AppIcon.h"
 #include "PlatformServices.h"
 #include "UniHelpEngine.h"
@@ -43,6 +51,27 @@ void App::ConfigureApplication()
     QApplication::setWindowIcon(QIcon(AppIcon(48)));
 }
 
+bool App::AnswerInTerminal(int argc, char* argv[], const QString& description, const QList<QCommandLineOption>& options)
+{
+    bool asked = false;
+    for (int i = 1; i < argc; ++i) {
+        const QByteArrayView word(argv[i]);
+        asked = asked || word == "--help" || word == "-h" || word == "--help-all" || word == "--version" || word == "-v";
+    }
+    if (!asked)
+        return false;
+    QCoreApplication terminal(argc, argv);
+    QCoreApplication::setApplicationVersion(QStringLiteral(VEXIL_SHORT_VERSION));
+    QCommandLineParser parser;
+    parser.setApplicationDescription(description);
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addOptions(options);
+    // Prints the answer and ends the process, or names a wrong option and ends it.
+    parser.process(terminal);
+    return true;
+}
+
 std::unique_ptr<OnlyCopyLock> App::ClaimOnlyCopy(PlatformServices& platform)
 {
     // Beside the preferences: the folder that is the user's, and the demo's own.
@@ -54,10 +83,41 @@ std::unique_ptr<OnlyCopyLock> App::ClaimOnlyCopy(PlatformServices& platform)
         platform.MsgBox(QStringLiteral("The Vexil is in use by %1.\n\nOnly one program at a time may use the Vexil and "
                                        "the preferences: start the Vexil Utility again when it is done.")
                             .arg(lock->Holder()));
-    else
+    else {
+        // The running copy's window may be hidden behind others or minimised: bring it forward.
+        QLocalSocket raise;
+        raise.connectToServer(RaiseServerName());
+        if (raise.waitForConnected(1000)) {
+            raise.write("raise\n");
+            raise.waitForBytesWritten(1000);
+        }
         platform.MsgBox(QStringLiteral("The Vexil Utility is already running.\n\n"
                                        "Only one copy at a time may use the Vexil and the preferences."));
+    }
     return nullptr;
+}
+
+QString App::RaiseServerName()
+{
+    const QByteArray folder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation).toUtf8();
+    return QStringLiteral("vexil-utility-") + QString::fromLatin1(QCryptographicHash::hash(folder, QCryptographicHash::Sha1).toHex().left(16));
+}
+
+void App::ListenForSecondStarts()
+{
+    m_raiseServer = std::make_unique<QLocalServer>();
+    // This copy holds the lock, so a socket left by a crashed copy is stale.
+    QLocalServer::removeServer(RaiseServerName());
+    m_raiseServer->setSocketOptions(QLocalServer::UserAccessOption);
+    if (!m_raiseServer->listen(RaiseServerName()))
+        return;
+    QObject::connect(m_raiseServer.get(), &QLocalServer::newConnection, m_view.get(), [this] {
+        while (QLocalSocket* socket = m_raiseServer->nextPendingConnection())
+            QObject::connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+        m_view->showNormal();
+        m_view->raise();
+        m_view->activateWindow();
+    });
 }
 
 void App::Event_Open()
@@ -79,4 +139,5 @@ void App::Event_Open()
     });
     m_window1->Event_Open();
     m_view->show();
+    ListenForSecondStarts();
 }

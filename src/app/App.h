@@ -8,6 +8,10 @@
 #include "Window1.h"
 
 
+#include <QCommandLineOption>
+#include <QLocalServer>
+#include <QList>
+
 #include <memory>
 
 class Clock;
@@ -42,12 +46,23 @@ public:
     // What the program sets on the application before any window opens. No
     // display name: the desktop would add it to every window's title.
     static void ConfigureApplication();
+    // --help and --version are answered in the terminal, as every Qt program
+    // does, before any window or display is needed; true when one was asked.
+    static bool AnswerInTerminal(int argc, char* argv[], const QString& description,
+                                 const QList<QCommandLineOption>& options = {});
 
     // One copy at a time: a second would share the device and the preferences.
     // The lock (held until destroyed), or null after telling the user.
     static std::unique_ptr<OnlyCopyLock> ClaimOnlyCopy(PlatformServices& platform);
+    // The local socket through which a second start asks the running copy to
+    // show its main window; one per preferences folder, as the lock is.
+    static QString RaiseServerName();
 
 private:
+    // A second start that finds this copy running brings its window to the front.
+    void ListenForSecondStarts();
+
+    std::unique_ptr<QLocalServer> m_raiseServer;
     Globals m_globals;
     REALEasyPrefs m_prefs;
     VexilHid m_hid;

@@ -17,6 +17,13 @@ MessageWindow::MessageWindow(std::function<void()> viewReleaseNotes, QWidget* pa
     layout.Add(PushButton2, QRect(244, 86, 69, 20), DesignLayout::None);
     layout.FitText();
     setFixedSize(layout.Size());
+    if (!viewReleaseNotes) {
+        // Nothing to read: Close is the button Return presses.
+        PushButton1->setEnabled(false);
+        PushButton1->setToolTip(QStringLiteral("The firmware folder holds no release notes (vexilfwnotes.rtf)"));
+        PushButton2->setDefault(true);
+        PushButton2->setFocus();
+    }
     // The notice stays open while the notes are read.
     connect(PushButton1, &QPushButton::clicked, this, [viewReleaseNotes = std::move(viewReleaseNotes)] {
         if (viewReleaseNotes)

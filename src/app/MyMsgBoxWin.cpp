@@ -7,6 +7,8 @@
 
 MyMsgBoxWin::MyMsgBoxWin(QWidget* parent) : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint)
 {
+    // A sheet has no title of its own; as a window of its own it carries the program's name.
+    setWindowTitle(QStringLiteral("Vexil Utility"));
     using L = DesignLayout;
     auto* canvas = new QLabel(this);
     canvas->setPixmap(AppIcon(48));

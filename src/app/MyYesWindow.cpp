@@ -9,6 +9,8 @@
 
 MyYesWindow::MyYesWindow(QWidget* parent) : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint)
 {
+    // A sheet has no title of its own; as a window of its own it carries the program's name.
+    setWindowTitle(QStringLiteral("Vexil Utility"));
     using L = DesignLayout;
     m_layout.Add(new QGroupBox(this), QRect(7, 24, 495, 121), L::None);
     auto* canvas = new QLabel(this);

@@ -148,18 +148,22 @@ Window1View::Window1View(Window1& controller, QWidget* parent)
 void Window1View::BuildMenuBar()
 {
     Window1& w = m_controller;
+    // Alt and a letter open a menu, and a letter chooses in it, as desktop users expect.
+    QString menuLetters;
     for (const Window1::Menu& menu : w.MenuBar1()) {
-        QMenu* shown = menuBar()->addMenu(menu.text);
+        QMenu* shown = menuBar()->addMenu(WithMnemonic(menu.text, menuLetters));
         shown->setObjectName(menu.name);
+        QString itemLetters;
         for (const Window1::MenuEntry& entry : menu.entries) {
-            QAction* action = entry.item ? shown->addAction(entry.item->Text()) : shown->addSeparator();
+            const QString text = entry.item ? WithMnemonic(entry.item->Text(), itemLetters) : QString();
+            QAction* action = entry.item ? shown->addAction(text) : shown->addSeparator();
             action->setObjectName(entry.name);
             if (!entry.item)
                 continue;
             action->setCheckable(entry.item == &w.ViewTrace);
             if (!entry.shortcut.isEmpty())
                 action->setShortcut(QKeySequence(entry.shortcut, QKeySequence::PortableText));
-            BindMenuItem(action, *entry.item);
+            BindMenuItem(action, *entry.item, text);
         }
     }
     // Where the platform has an application menu, these two belong on it.

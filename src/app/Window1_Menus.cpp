@@ -108,6 +108,10 @@ bool Window1::_HelpAboutVexilUtil_Action()
 
 bool Window1::_BrowserHelp_Action()
 {
-    m_platform.OpenURL(QUrl::fromLocalFile(QDir(m_globals.appHelpFolder).filePath(StartPage)));
+    const QString page = QDir(m_globals.appHelpFolder).filePath(StartPage);
+    if (!m_platform.OpenURL(QUrl::fromLocalFile(page)))
+        m_platform.MsgBox(QStringLiteral("No web browser could be started to show the help.\n\nThe manual's start page "
+                                         "is %1: open it in a browser, or choose Vexil Utility Help (F1).")
+                              .arg(page));
     return true;
 }

@@ -15,13 +15,7 @@
 // The real application with a simulated device in place of the USB link.
 int main(int argc, char* argv[])
 {
-    const FontWarmUp fonts;
-    QApplication application(argc, argv);
-    App::ConfigureApplication();
-
-    QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Vexil Utility on a simulated device"));
-    parser.addHelpOption();
+    const QString description = QStringLiteral("Vexil Utility on a simulated device");
     const QCommandLineOption absent(QStringLiteral("absent"), QStringLiteral("No device is plugged in."));
     const QCommandLineOption silent(QStringLiteral("silent"), QStringLiteral("The device opens but never answers."));
     const QCommandLineOption revision(QStringLiteral("revision"),
@@ -37,7 +31,19 @@ int main(int argc, char* argv[])
                                     QStringLiteral("Put a sample firmware file of this revision (e.g. 114) into the "
                                                    "demo's firmware folder."),
                                     QStringLiteral("revision"));
-    parser.addOptions({absent, silent, revision, latency, quitWhenShown, sample});
+    const QList<QCommandLineOption> options{absent, silent, revision, latency, quitWhenShown, sample};
+    if (App::AnswerInTerminal(argc, argv, description, options))
+        return 0;
+
+    const FontWarmUp fonts;
+    QApplication application(argc, argv);
+    App::ConfigureApplication();
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(description);
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addOptions(options);
     parser.process(application);
 
     // The demo keeps its own firmware folder and preferences, apart from the real ones.

@@ -8,6 +8,12 @@
 
 int main(int argc, char* argv[])
 {
+    if (App::AnswerInTerminal(argc, argv,
+                              QStringLiteral("Keeps a Vexil on current firmware: shows its revision and the firmware "
+                                             "folder's, copies new firmware from Corvane and sends it to the Vexil.\n"
+                                             "The window takes no other options; vexilctl does the same from a "
+                                             "terminal.")))
+        return 0;
     const FontWarmUp fonts;
     QApplication application(argc, argv);
     App::ConfigureApplication();

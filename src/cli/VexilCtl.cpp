@@ -1,6 +1,7 @@
 #include "VexilCtl.h"
 
 #include "FlashImageCheck.h"
+#include "SampleFirmware.h"
 
 #include <QDir>
 #include <QFile>
@@ -36,6 +37,9 @@ VexilCtl::VexilCtl(const Options& options)
     m_platform.quiet = options.quiet;
     m_download.Holder = QStringLiteral("vexilctl fetch");
     m_download.CheckDeviceAfterRun = false;
+    m_window.NoFirmwareHint = QStringLiteral("Firmware folder does not contain required Vexil firmware file\n"
+                                             "Run \"vexilctl fetch\" to copy the newest firmware from Corvane,\n"
+                                             " or name a folder containing Vexil firmware files with --folder");
     // The window layer made itself the log; here the log is the terminal.
     m_globals.AttachSink(this);
     m_window.LoadMayGoOn = [this](bool flashErased) { return LoadMayGoOn(flashErased); };
@@ -174,6 +178,15 @@ bool VexilCtl::ChooseFolder()
             return false;
         }
         m_globals.m_FolderPath = Window1Firmware::StoredForm(m_options.folder);
+        return true;
+    }
+    if (m_sim) {
+        // As the demo: its own firmware folder, with a sample to load on the first run.
+        const QString demo = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation)
+            + QStringLiteral("/vexil-utility-demo/data/Corvane/Vexil Firmware");
+        if (QDir().mkpath(demo) && QDir(demo).entryList({QStringLiteral("vexil*.hex")}, QDir::Files).isEmpty())
+            SampleFirmware::WriteTo(demo, 113);
+        m_globals.m_FolderPath = Window1Firmware::StoredForm(demo);
         return true;
     }
     m_globals.m_FolderPath =

@@ -32,7 +32,8 @@ public:
     virtual void MyMsgBox(const QString& text) = 0;
     // The modal two-line question; true only for its Yes button.
     virtual bool MyYesWindow(const QString& text, const QString& text2, const QString& cancelCaption) = 0;
-    // The modal new-firmware notice; its "View Release Notes" button calls `viewReleaseNotes`.
+    // The modal new-firmware notice; its "View Release Notes" button calls
+    // `viewReleaseNotes`, and is disabled when that is empty (no notes to show).
     virtual void ShowMessageWindow(const std::function<void()>& viewReleaseNotes) = 0;
     virtual void ShowAboutWindow(const QString& revisionText) = 0;
     // The start-up notice, shown without blocking at `left`, and its closing.

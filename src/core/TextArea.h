@@ -3,6 +3,8 @@
 #include <QObject>
 #include <QString>
 
+#include <vector>
+
 // The key that turns a letter into a menu shortcut; Qt reports the platform's
 // one (Ctrl here, Command on a Mac keyboard) as this modifier.
 inline constexpr Qt::KeyboardModifier MenuShortcutModifier = Qt::ControlModifier;
@@ -36,6 +38,13 @@ public:
     QString SelText() const { return m_text.mid(m_selStart, m_selLength); }
     // Puts `text` in place of the selection and leaves the caret after it.
     void ReplaceSelection(const QString& text);
+    // The user's edits can be taken back and done again. Lines appended meanwhile
+    // stay: an edit is undone at its own place, before them. A whole new text
+    // forgets the edits.
+    bool CanUndo() const { return !m_undo.empty(); }
+    bool CanRedo() const { return !m_redo.empty(); }
+    void Undo();
+    void Redo();
 
     // Off: the view hides its vertical scroll bar; scrolling still follows ScrollPosition.
     bool VerticalScrollBar() const { return m_verticalScrollBar; }
@@ -60,6 +69,17 @@ signals:
     void focusRequested();
 
 private:
+    struct Edit {
+        int start;
+        QString removed;
+        QString inserted;
+    };
+    void Replace(int start, int removed, const QString& text);
+    // Takes the newest edit of `from` back, leaving the caret after it, and keeps it in `to`.
+    void Revert(std::vector<Edit>& from, std::vector<Edit>& to);
+
+    std::vector<Edit> m_undo;
+    std::vector<Edit> m_redo;
     QString m_text;
     int m_lineOfEnd = 0;
     int m_scrollPosition = 0;

@@ -2,7 +2,7 @@
 
 namespace {
 
-enum StatusMenu { Cut, Copy, Paste, Delete, Separator, SelectAll };
+enum StatusMenu { Cut, Copy, Paste, Delete, Separator, SelectAll, UndoSeparator, Undo, Redo };
 
 } // namespace
 
@@ -31,6 +31,9 @@ bool Window1Base::StatusField_KeyDown(const QString& key, Qt::KeyboardModifiers 
         StatusField.ReplaceSelection({});
     } else if (k == QLatin1String("v")) {
         StatusField.ReplaceSelection(m_platform.ClipboardText());
+    } else if (k == QLatin1String("z")) {
+        // A slip (select all, then paste) must not cost the log its history.
+        modifiers.testFlag(Qt::ShiftModifier) ? StatusField.Redo() : StatusField.Undo();
     }
     // Every other shortcut is used up too, so that none reaches the read-only field.
     return true;
@@ -49,6 +52,9 @@ bool Window1Base::StatusField_MouseDown([[maybe_unused]] int x, [[maybe_unused]]
         {QStringLiteral("Delete"), selected},
         {QStringLiteral("-"), true},
         {QStringLiteral("Select All"), !StatusField.Text().isEmpty()},
+        {QStringLiteral("-"), true},
+        {QStringLiteral("Undo"), StatusField.CanUndo()},
+        {QStringLiteral("Redo"), StatusField.CanRedo()},
     };
     const int choice = m_platform.PopupMenu(items);
     if (choice < 0 || choice >= static_cast<int>(items.size()) || !items[choice].enabled)
@@ -69,6 +75,12 @@ bool Window1Base::StatusField_MouseDown([[maybe_unused]] int x, [[maybe_unused]]
         break;
     case SelectAll:
         StatusField.SelectAll();
+        break;
+    case Undo:
+        StatusField.Undo();
+        break;
+    case Redo:
+        StatusField.Redo();
         break;
     default:
         break;

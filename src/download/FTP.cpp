@@ -2,6 +2,7 @@
 
 #include "FTPDataSocket.h"
 #include "FTPDirList.h"
+#include "FTPSocketError.h"
 #include "Window1Firmware.h"
 
 #include <QCoreApplication>
@@ -88,6 +89,41 @@ bool FTP::FTPLogon()
     Session->SetTimeoutSeconds(TimeoutSeconds);
     Session->CommandPort = ServerPort;
     return Run([](FTPSessionClass& session) { session.Logon(); });
+}
+
+QString FTP::ConnectFailureText() const
+{
+    const int code = Session ? Session->ConnectFailure() : 0;
+    const QString server = QStringLiteral("%1 (port %2)").arg(ServerHost).arg(ServerPort);
+    const QString settings = QStringLiteral(" If you set FTPServer or FTPPort in the preferences, check them too.");
+    switch (code) {
+    case 0:
+        return {};
+    case FTPSocketError::kHostNotFound:
+        return QStringLiteral("No connection to the firmware server: the name %1 was not found. Check that this "
+                              "computer is on the network and can look up names, then try again.")
+                   .arg(ServerHost)
+            + settings;
+    case FTPSocketError::kConnectionRefused:
+        return QStringLiteral("No connection to the firmware server: %1 refused it. The server may be down; try "
+                              "again later.")
+                   .arg(server)
+            + settings;
+    case FTPSocketError::kNetwork:
+        return QStringLiteral("No connection to the firmware server: there is no route to %1. Check the network "
+                              "connection, then try again.")
+            .arg(server);
+    case FTPSocketError::kTimedOut:
+        return QStringLiteral("No connection to the firmware server: %1 did not answer within %2 seconds. Check the "
+                              "network connection and any firewall, then try again.")
+            .arg(server)
+            .arg(TimeoutSeconds);
+    default:
+        return QStringLiteral("No connection to the firmware server %1 (error %2). Check the network connection, "
+                              "then try again.")
+            .arg(server)
+            .arg(code);
+    }
 }
 
 void FTP::FTPLogoff()

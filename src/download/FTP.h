@@ -34,6 +34,9 @@ public:
     int ServerPort = FirmwareServer::kPort;
 
     bool FTPLogon();
+    // After a failed log-on: why no connection could be made and what to
+    // check; empty when the server was reached (it refused the log-on).
+    QString ConnectFailureText() const;
     void FTPLogoff();
     bool FTPChangeDir(const QString& dir);
     // The name listing with "\n" line ends, or "ERROR".

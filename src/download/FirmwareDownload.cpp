@@ -55,6 +55,9 @@ FirmwareDownload::Outcome FirmwareDownload::DoMacDownload()
     int count = 0;
     Outcome outcome = Outcome::Unreachable;
     if (!Ftp.FTPLogon()) {
+        // No connection at all is not a refused log-on: the log says which, and what to check.
+        if (const QString cause = Ftp.ConnectFailureText(); !cause.isEmpty() && !Ftp.Abandoned())
+            globals.SetStatusText(cause, false);
         Tell(QStringLiteral("Logon to Corvane FTP server failed"));
     } else if (!Ftp.FTPChangeDir(QLatin1String(ServerDirectory))) {
         Tell(QStringLiteral("Could not find /Vexil/firmware directory on Corvane server"));

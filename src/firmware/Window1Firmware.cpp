@@ -131,10 +131,7 @@ void Window1Firmware::Checklocalfiles()
     MCUavailableText.SetText(QStringLiteral("missing"));
     m_RevisionedFilename.m_mstrPath = QStringLiteral("-");
     if (!mStartup)
-        m_globals.SetStatusText(QStringLiteral("Firmware folder does not contain required Vexil firmware file\n"
-                                               "Click \"\"Copy new files from Corvane\"\n"
-                                               " or navigate to a folder containing Vexil firmware files"),
-                                false);
+        m_globals.SetStatusText(NoFirmwareHint, false);
     SendVexilButton.SetEnabled(false);
 }
 
@@ -155,7 +152,11 @@ void Window1Firmware::CheckNewRevisions()
     if (newer && status.compare(QLatin1String("Unknown"), Qt::CaseInsensitive) != 0) {
         if (status.compare(QLatin1String("Main"), Qt::CaseInsensitive) == 0 && !mStartup) {
             m_platform.Beep();
-            m_platform.ShowMessageWindow([this] { ShowReleaseNotes(); });
+            // Without a notes file the notice offers no button that can only fail.
+            const bool notes = !m_globals.m_FolderPath.isEmpty()
+                && QFileInfo(m_globals.m_FolderPath + QLatin1String(ReleaseNotesName)).isFile();
+            m_platform.ShowMessageWindow(notes ? std::function<void()>([this] { ShowReleaseNotes(); })
+                                               : std::function<void()>());
         }
         m_globals.SetStatusText(QStringLiteral("New firmware is available for your Vexil"), false);
         SendVexilButton.SetEnabled(true);

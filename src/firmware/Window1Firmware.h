@@ -23,6 +23,11 @@ public:
     // Revision digits of the newest local file; empty when there is none.
     QString hmcuRevision;
     bool newMCUavailable = false;
+    // Told when the folder holds no firmware file; a program without the
+    // window's button names its own way to fetch one.
+    QString NoFirmwareHint = QStringLiteral("Firmware folder does not contain required Vexil firmware file\n"
+                                            "Click \"\"Copy new files from Corvane\"\n"
+                                            " or navigate to a folder containing Vexil firmware files");
 
     // Finds the newest firmware file of the folder, repairing a missing folder.
     void Checklocalfiles();

@@ -3,6 +3,7 @@
 #include "Clock.h"
 #include "DoEvents.h"
 #include "FTPReply.h"
+#include "FTPSocketError.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
@@ -10,6 +11,10 @@
 #include <QRandomGenerator>
 #include <QStringDecoder>
 #include <QStringEncoder>
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
 
 #include <array>
 
@@ -124,6 +129,7 @@ void FTPSessionClass::NextFTPStep(const QString& step, const QString& command, c
         // A local step: the machine moves on as if the server had said 200,
         // with no round trip and no report of the step text.
         Buffer = QByteArrayLiteral("200 NOOP command successful.") + FTPCommandCRLF;
+        m_localStep = true;
         ParseCommandBuffer();
         return;
     }
@@ -175,6 +181,8 @@ void FTPSessionClass::CommandSocketError(FTPCommandSocket* socket, int code)
 {
     if (socket != CommandSocket)
         return;
+    if (!m_controlConnected && m_connectError == 0)
+        m_connectError = code;
     // The server's close after QUIT is the expected end of a log-off.
     if (GetCurrentFTPStep().compare(QLatin1String("QUIT"), Qt::CaseInsensitive) == 0)
         return;
@@ -183,6 +191,8 @@ void FTPSessionClass::CommandSocketError(FTPCommandSocket* socket, int code)
 
 void FTPSessionClass::ParseCommandBuffer()
 {
+    // A local step's own 200 is no word from the server about what it owes.
+    const bool local = std::exchange(m_localStep, false);
     ResetConnectionTimer();
     const qsizetype end = Buffer.indexOf(FTPCommandCRLF);
     if (end < 0)
@@ -193,8 +203,25 @@ void FTPSessionClass::ParseCommandBuffer()
     const auto alive = Alive();
     if (FTPStatusInstance)
         FTPStatusInstance->Response_FTP(line);
-    if (!alive.expired())
-        Dispatch(line, code);
+    if (alive.expired())
+        return;
+    // The final reply of a transfer that ended before it came is set aside
+    // whole: the server answers in order, so it precedes any later answer. A
+    // code no transfer ends with means the server owed nothing after all.
+    static constexpr int transferEnds[] = {226, 425, 426, 450, 451, 452, 551, 552};
+    if (!local && m_lateReplyOwed && std::find(std::begin(transferEnds), std::end(transferEnds), code) != std::end(transferEnds)) {
+        if (FTPFinalLineB(line)) {
+            m_lateReplyOwed = m_finalOwed = false;
+            if (FTPStatusInstance)
+                FTPStatusInstance->Status_FTP(QStringLiteral("Late reply of the ended transfer set aside: ") + line);
+        }
+        return;
+    }
+    if (!local && code >= 200)
+        m_lateReplyOwed = false;
+    if (!local && FTPFinalLineB(line))
+        m_finalOwed = code >= 100 && code < 200;
+    Dispatch(line, code);
 }
 
 void FTPSessionClass::ParseCommandBuffer(int code)
@@ -301,9 +328,17 @@ void FTPSessionClass::ReportEnd(const QString& text)
         FTPStatusInstance->Error_FTP(text);
 }
 
+int FTPSessionClass::ConnectFailure() const
+{
+    if (m_controlConnected)
+        return 0;
+    return m_connectError != 0 ? m_connectError : FTPSocketError::kTimedOut;
+}
+
 void FTPSessionClass::EndFTPSession(const QString& text)
 {
     ++m_endCount;
+    m_lateReplyOwed = m_lateReplyOwed || m_finalOwed;
     const auto alive = Alive();
     if (!text.isEmpty())
         ReportEnd(text);
@@ -317,6 +352,7 @@ void FTPSessionClass::EndFTPSession(const QString& text)
 void FTPSessionClass::CancelFTPSession(const QString& text)
 {
     ++m_endCount;
+    m_lateReplyOwed = m_lateReplyOwed || m_finalOwed;
     const auto alive = Alive();
     ReportEnd(text);
     if (alive.expired())

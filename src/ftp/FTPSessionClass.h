@@ -129,6 +129,9 @@ public:
     void ResetConnectionTimer();
     static bool SuccessfulMessage(const QString& text);
     void EndFTPSession(const QString& text);
+    // Why the control connection could not be made: an FTPSocketError number,
+    // or kTimedOut when the session's time-out came first; 0 once it was made.
+    int ConnectFailure() const;
     void CancelFTPSession(const QString& text);
     bool SocketsActive();
     double CalcSessionTime() const;
@@ -356,4 +359,12 @@ private:
     // Counts ends of the session, so that a wait on the event loop knows when
     // the session ended beneath it.
     quint64 m_endCount = 0;
+    bool m_controlConnected = false;
+    int m_connectError = 0;
+    // A transfer's preliminary reply came and its final reply has not: the
+    // server still owes it. An operation that ends meanwhile leaves that reply
+    // to come late, and it must not pass for the answer to the next command.
+    bool m_finalOwed = false;
+    bool m_lateReplyOwed = false;
+    bool m_localStep = false;
 };

@@ -38,6 +38,11 @@ void FTPSessionClass::OpenConnection()
         configuration.setSslOption(QSsl::SslOptionDisableSessionPersistence, false);
         CommandSocket->setSslConfiguration(configuration);
     }
+    // A new connection owes nothing, and tells whether it was ever made.
+    m_controlConnected = false;
+    m_connectError = 0;
+    m_finalOwed = m_lateReplyOwed = false;
+    QObject::connect(CommandSocket, &QAbstractSocket::connected, CommandSocket, [this] { m_controlConnected = true; });
     CommandSocket->Connect(ServerAddress, CommandPort);
 }
 

@@ -45,10 +45,25 @@ void BindButton(QPushButton* widget, PushButton& model)
     QObject::connect(widget, &QPushButton::clicked, &model, [&model] { model.Push(); });
 }
 
-void BindMenuItem(QAction* action, MenuItem& item)
+QString WithMnemonic(const QString& text, QString& used)
 {
-    auto sync = [action, &item] {
-        action->setText(item.Text());
+    // Word starts first, then any letter; a text with no free letter goes without.
+    for (const bool wordStart : {true, false}) {
+        for (qsizetype i = 0; i < text.size(); ++i) {
+            const QChar c = text[i].toLower();
+            if (!c.isLetter() || used.contains(c) || (wordStart && i > 0 && !text[i - 1].isSpace()))
+                continue;
+            used += c;
+            return text.left(i) + QLatin1Char('&') + text.mid(i);
+        }
+    }
+    return text;
+}
+
+void BindMenuItem(QAction* action, MenuItem& item, const QString& shown)
+{
+    auto sync = [action, &item, shown] {
+        action->setText(shown.isEmpty() ? item.Text() : shown);
         action->setEnabled(item.Enabled());
         action->setChecked(item.Checked());
     };

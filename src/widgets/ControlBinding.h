@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QString>
 #include <QtCore/qnamespace.h>
 
 #include <functional>
@@ -36,7 +37,11 @@ void BindTextField(QLineEdit* widget, TextField& model);
 void BindProgressBar(QProgressBar* widget, ProgressBar& model);
 // The action's text, enabled state and check mark follow the item; choosing
 // the action is the item's Action. Only a checkable action shows the mark.
-void BindMenuItem(QAction* action, MenuItem& item);
+// `shown` is the item's text as the menu draws it (with its "&" mnemonic); empty: the item's own.
+void BindMenuItem(QAction* action, MenuItem& item, const QString& shown = QString());
+// `text` with "&" before the first letter, preferring a word's first, that no
+// earlier call with the same `used` took; the letter goes into `used`.
+QString WithMnemonic(const QString& text, QString& used);
 // A screen reader reads a value label with its caption ("Available: 01.12"),
 // not as a bare number, whatever text the value shows.
 void NameAfterCaption(QLabel* value, Label& model, const QLabel* caption);

@@ -219,7 +219,7 @@ TEST_F(Window1ViewTest, StatusLogWidgetAndModelShareSelectionAndEditsAndTheRight
     QTest::mouseClick(log->viewport(), Qt::RightButton, {}, at);
     QContextMenuEvent afterPress(QContextMenuEvent::Mouse, at, log->viewport()->mapToGlobal(at));
     QCoreApplication::sendEvent(log->viewport(), &afterPress);
-    EXPECT_EQ(platform.calls, QStringList{QStringLiteral("PopupMenu: (Cut)|(Copy)|(Paste)|(Delete)|-|Select All")});
+    EXPECT_EQ(platform.calls, QStringList{QStringLiteral("PopupMenu: (Cut)|(Copy)|(Paste)|(Delete)|-|Select All|-|(Undo)|(Redo)")});
     QContextMenuEvent menuKey(QContextMenuEvent::Keyboard, at, log->mapToGlobal(at));
     QCoreApplication::sendEvent(log, &menuKey);
     EXPECT_EQ(platform.calls.size(), 2);
@@ -444,11 +444,14 @@ TEST_F(Window1ViewTest, ItemsReachTheDesktopAndQuitSavesThePreferences)
         {"HelpReleaseNotes", {}, QStringLiteral("MsgBox: ERROR: File not found! (vexilfwnotes.rtf)")},
         {"HelpAboutVexilUtil", {}, QStringLiteral("About: Revision " VEXIL_SHORT_VERSION)},
         {"BrowserHelp", {}, QStringLiteral("OpenURL: file://") + page},
+        {"BrowserHelp", {}, QStringLiteral("OpenURL: file://%1 | MsgBox: No web browser could be started to show the help.\n\n"
+                                           "The manual's start page is %1: open it in a browser, or choose Vexil Utility Help (F1).").arg(page)},
     };
     for (const auto& [item, key, call] : rows) {
         platform.calls.clear();
+        platform.urlOpens = !call.contains("No web browser");
         key.isEmpty() ? Item(item)->trigger() : QTest::keySequence(&view, key);
-        EXPECT_EQ(platform.calls, call.isEmpty() ? QStringList() : QStringList{call}) << item;
+        EXPECT_EQ(platform.calls.join(" | "), call) << item;
         window.SetHelpRunner([this](const QString& file) { platform.calls << QStringLiteral("Help: ") + file; });
     }
 
@@ -512,6 +515,18 @@ TEST_F(Window1ViewTest, EveryControlOfEveryWindowHasANameAndTheLogReadsAsText)
     QAccessibleInterface* log = QAccessible::queryAccessibleInterface(view.findChild<QPlainTextEdit*>());
     EXPECT_EQ(log->text(QAccessible::Name), QStringLiteral("Activity Log"));
     EXPECT_EQ(log->textInterface()->text(0, log->textInterface()->characterCount()), window.StatusField.Text());
+
+    // Alt and a letter open each menu, and a letter of its own chooses each item in it.
+    const auto letter = [](const QString& text) { return text.contains('&') ? text[text.indexOf('&') + 1].toLower() : QChar('?'); };
+    QStringList letters{QString()};
+    for (QAction* menu : view.menuBar()->actions()) {
+        letters[0] += letter(menu->text());
+        letters << QString();
+        for (const QAction* item : menu->menu()->actions())
+            item->isSeparator() ? void() : void(letters.last() += letter(item->text()));
+    }
+    for (const QString& used : letters)
+        EXPECT_TRUE(!used.contains('?') && QSet<QChar>(used.begin(), used.end()).size() == used.size()) << used.toStdString();
 }
 
 TEST_F(Window1ViewTest, TextFitsItsControlsAtALargerDesktopFont)
@@ -550,6 +565,12 @@ TEST(ProgramMenus, HelpItemOpensTheManualsStartPage)
     ASSERT_NE(viewer, nullptr) << help.calls.join(QLatin1Char('|')).toStdString();
     EXPECT_EQ(viewer->HelpView->CurrentUrl().toLocalFile(), QStringLiteral(MANUAL_DIR "/VexilUtility.htm"));
     CloseViewersNow();
+
+    // A second start brings the running copy's window forward.
+    const auto running = App::ClaimOnlyCopy(rig.platform);
+    app.view()->showMinimized();
+    EXPECT_TRUE(running && !App::ClaimOnlyCopy(rig.platform));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !app.view()->isMinimized(); }, 2000));
 }
 
 } // namespace
@@ -601,6 +622,8 @@ TEST(Dialogs, MessageBoxReturnsAtOnceNoticeStaysWhileTheNotesAreViewedAboutBoxCl
     EXPECT_TRUE(viewed == 1 && notice.isVisible());
     notice.PushButton2->click();
     EXPECT_FALSE(notice.isVisible());
+    MessageWindow withoutNotes({});
+    EXPECT_TRUE(!withoutNotes.PushButton1->isEnabled() && withoutNotes.PushButton2->isDefault()) << "no button that can only fail";
 
     for (const bool onLabel : {false, true}) {
         AboutWindow about(QStringLiteral("Revision 1.2.3"));

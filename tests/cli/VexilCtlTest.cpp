@@ -4,6 +4,7 @@
 #include <QDeadlineTimer>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QTcpServer>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -135,6 +136,17 @@ TEST(Vexilctl, EachCommandsResultAndExitCode)
             << out.toStdString() << cli.process.readAllStandardError().toStdString();
         EXPECT_EQ(cli.FlashState(), row.flash);
     }
+
+    // No server to reach: the cause is told, and the Vexil is never opened.
+    QTcpServer closed;
+    ASSERT_TRUE(closed.listen(QHostAddress::LocalHost));
+    Cli offline(closed.serverPort());
+    closed.close();
+    offline.Start({"fetch"}, "");
+    QString out;
+    EXPECT_EQ(offline.Finish(out), 6);
+    const QString err = QString::fromUtf8(offline.process.readAllStandardError());
+    EXPECT_TRUE(err.contains("No connection to the firmware server: 127.0.0.1") && !err.contains("Vexil firmware revision")) << err.toStdString();
 }
 
 TEST(Vexilctl, CtrlCCancelsBeforeTheEraseAndAfterItOnlyWhenPressedTwice)

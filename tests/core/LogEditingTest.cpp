@@ -92,9 +92,9 @@ TEST_F(LogEditingTest, ShortcutsNeedCtrlAndActOnTheSelectionTheActivityLogNeverP
 TEST_F(LogEditingTest, StatusFieldMenuEnablesByContentSelectionAndClipboardAndItsChoicesAct)
 {
     const struct { const char* text; int start, length; const char *clipboard, *shown; } menus[] = {
-        {"", 0, 0, "x", "(Cut)|(Copy)|Paste|(Delete)|-|(Select All)"},
-        {"alpha\n", 6, 0, "", "(Cut)|(Copy)|(Paste)|(Delete)|-|Select All"},
-        {"alpha\n", 1, 3, "x", "Cut|Copy|Paste|Delete|-|Select All"},
+        {"", 0, 0, "x", "(Cut)|(Copy)|Paste|(Delete)|-|(Select All)|-|(Undo)|(Redo)"},
+        {"alpha\n", 6, 0, "", "(Cut)|(Copy)|(Paste)|(Delete)|-|Select All|-|(Undo)|(Redo)"},
+        {"alpha\n", 1, 3, "x", "Cut|Copy|Paste|Delete|-|Select All|-|(Undo)|(Redo)"},
     };
     QSignalSpy focused(&status, &TextArea::focusRequested);
     for (const auto& row : menus) {
@@ -138,6 +138,20 @@ TEST_F(LogEditingTest, PastedTextStaysAndNewLinesArriveAfterItWithTheCaretAtTheE
     globals.SetStatusText(QStringLiteral("two"));
     ExpectState(status, pasted + "09:30:01 two\n", platform.clipboard, 37, 0);
     EXPECT_EQ(std::pair(appended.size(), reset.size()), std::pair(qsizetype(2), qsizetype(0))) << "lines are appended, never redrawn whole";
+
+    // Select all and paste over the history: undo brings it back, the newer line kept; redo and the menu follow.
+    status.SelectAll();
+    platform.clipboard = QStringLiteral("oops");
+    EXPECT_TRUE(window.StatusField_KeyDown(QStringLiteral("v"), Ctrl));
+    globals.SetStatusText(QStringLiteral("three"));
+    EXPECT_TRUE(window.StatusField_KeyDown(QStringLiteral("z"), Ctrl));
+    EXPECT_EQ(status.Text(), pasted + "09:30:01 two\n09:30:01 three\n");
+    EXPECT_TRUE(window.StatusField_KeyDown(QStringLiteral("Z"), Ctrl | Qt::ShiftModifier));
+    EXPECT_EQ(status.Text(), "oops09:30:01 three\n");
+    platform.popupChoices = QQueue<int>({7, 7});
+    EXPECT_TRUE(window.StatusField_MouseDown(0, 0, true) && window.StatusField_MouseDown(0, 0, true));
+    EXPECT_EQ(status.Text(), "09:30:00 one\n09:30:01 two\n09:30:01 three\n") << "back to before the first paste";
+    EXPECT_TRUE(platform.calls.constLast().endsWith("|Undo|Redo"));
 }
 
 } // namespace

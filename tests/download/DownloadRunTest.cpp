@@ -9,9 +9,16 @@
 #include "Window1Firmware.h"
 
 #include <QRegularExpression>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <QTest>
 #include <gtest/gtest.h>
+
+#include <map>
+
+#include <sys/socket.h>
 
 namespace {
 
@@ -32,9 +39,10 @@ struct Rig {
     // `want`: the RETR commands the server saw; the lines and message boxes
     // that tell the outcome, in order (%F: the folder); the folder's files,
     // hidden ones included; the available revision.
-    void Run(quint16 port, const QStringList& local, QStringList want, const std::function<QStringList()>& commands)
+    void Run(quint16 port, const QStringList& local, QStringList want, const std::function<QStringList()>& commands,
+             bool reached = true)
     {
-        static const QRegularExpression told("^(Cop|Your|Skipped|Unable|Deleted|MsgBox|Error: |\"vexil)");
+        static const QRegularExpression told("^(Cop|Your|Skipped|Unable|Deleted|MsgBox|Error: |\"vexil|No connection)");
         const QString folder = globals.m_FolderPath = dir.path() + '/';
         globals.m_Verbose = true;
         window.mStartup = false;
@@ -43,8 +51,10 @@ struct Rig {
         download.SetServer("127.0.0.1", port);
         download.CopyNewFilesButton_Action();
         download.DoMacDownload();
-        EXPECT_TRUE(QTest::qWaitFor([&] { return StatusLinesOf(window.StatusField).contains("Ready"); }, 5000));
+        // A server reached is logged off, and that is told once.
+        EXPECT_EQ(QTest::qWaitFor([&] { return StatusLinesOf(window.StatusField).contains("Ready"); }, reached ? 5000 : 0), reached);
         EXPECT_TRUE(button.Enabled());
+        EXPECT_EQ(StatusLinesOf(window.StatusField).count("Ready"), reached ? 1 : 0);
         const QStringList after{QDir(folder).entryList(QDir::Files | QDir::Hidden).join(' '), window.MCUavailableText.Text()};
         // A server's own words after a reply code vary from server to server.
         const QStringList shown = (StatusLinesOf(window.StatusField) + platform.calls).filter(told).replaceInStrings(
@@ -104,17 +114,70 @@ TEST(DownloadRun, AgainstVsftpdAndPyftpdlib)
     RunAgainst(RealFtpServer::Kind::Pyftpdlib);
 }
 
-// Refusal and silence, which real servers will not give on demand.
+// No connection, refusal, a cut transfer's late reply and silence, which real servers will not give on demand.
 TEST(DownloadRun, AgainstAPeerThatMisbehaves)
 {
-    ScriptedFtpPeer refusing, silent;
+    QTcpServer closed;
+    ASSERT_TRUE(closed.listen(QHostAddress::LocalHost));
+    const quint16 closedPort = closed.serverPort();
+    closed.close();
+    Rig unreachable;
+    unreachable.Run(closedPort, {}, {"Error: 104", QString("No connection to the firmware server: 127.0.0.1 (port %1) refused it. "
+                                                           "The server may be down; try again later. If you set FTPServer or "
+                                                           "FTPPort in the preferences, check them too.").arg(closedPort),
+                                     "MsgBox: Logon to Corvane FTP server failed", "", "missing"},
+                    [] { return QStringList(); }, false);
+
+    ScriptedFtpPeer refusing, silent, cutting;
     refusing.replies = {"220 ready\r\n", "331 password\r\n", "530 Login incorrect.\r\n", "221 bye\r\n"};
-    Rig loading, waiting;
+    Rig loading, waiting, cut;
     loading.window.mDeviceBusy = true; // a load owns the link
     loading.Run(refusing.Port(), {}, {"Error: 530", "MsgBox: Logon to Corvane FTP server failed", "", "missing"},
                 [&] { return refusing.received; });
     EXPECT_EQ(loading.window.MCUinstalledText.Text(), "??.??") << "no revision exchange between two packets";
     EXPECT_EQ(loading.window.VexilRevisionsTimer.GetMode(), Timer::ModeSingle) << "the check waits for the load's end";
+
+    // The firmware's data connection is reset after its 150; the server's 426
+    // for it comes only with the answer to the next command, the notes' TYPE.
+    QTcpServer data;
+    ASSERT_TRUE(data.listen(QHostAddress::LocalHost));
+    const QByteArray pasv = QString("227 Entering Passive Mode (127,0,0,1,%1,%2)\r\n").arg(data.serverPort() / 256).arg(data.serverPort() % 256).toLatin1();
+    bool cutAnswered = false;
+    cutting.replies = {"220 ready\r\n"};
+    cutting.onLine = [&](const QString& line) {
+        const QString verb = line.section(' ', 0, 0);
+        const std::map<QString, QByteArray> answers{{"USER", "331 password\r\n"}, {"PASS", "230 in\r\n"}, {"CWD", "250 ok\r\n"},
+            {"PASV", pasv}, {"PWD", "257 \"/Vexil/firmware\"\r\n"}, {"TYPE", "200 type\r\n"}, {"NOOP", "200 noop\r\n"},
+            {"NLST", "150 list\r\n226 done\r\n"}, {"RETR", "150 file\r\n226 done\r\n"}, {"QUIT", "221 bye\r\n"}};
+        QByteArray answer = answers.count(verb) ? answers.at(verb) : "500 what\r\n";
+        if (line == "RETR vexil0113.hex")
+            answer = "150 file\r\n";
+        else if (!cutAnswered && cutting.received.contains("RETR vexil0113.hex"))
+            cutAnswered = true, answer.prepend("426 Connection reset.\r\n");
+        cutting.replies.resize(cutting.received.size());
+        cutting.replies.append(answer);
+        if (verb != "NLST" && verb != "RETR")
+            return;
+        QTcpSocket* socket = data.nextPendingConnection();
+        if (!socket && data.waitForNewConnection(2000))
+            socket = data.nextPendingConnection();
+        ASSERT_TRUE(socket);
+        if (line == "RETR vexil0113.hex") {
+            // After the 150: a close with nothing left to linger on is a reset.
+            QTimer::singleShot(50, socket, [socket] {
+                const linger reset{1, 0};
+                ::setsockopt(int(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER, &reset, sizeof reset);
+                socket->abort();
+            });
+            return;
+        }
+        socket->write(verb == "NLST" ? "vexil0113.hex\r\nvexilfwnotes.rtf\r\n" : "{\\rtf1 }");
+        socket->disconnectFromHost();
+    };
+    cut.Run(cutting.Port(), {}, {"RETR vexil0113.hex", "RETR vexilfwnotes.rtf", "Copying files to \"%F\"", "Copied \"vexilfwnotes.rtf\" from Corvane",
+                                 "Copied 2 file from Corvane to \"%F\"", "vexilfwnotes.rtf", "missing"},
+            [&] { return cutting.received; });
+    EXPECT_EQ(cutting.received.mid(cutting.received.indexOf("RETR vexil0113.hex") + 1).join(" / "), "PASV / TYPE I / RETR vexilfwnotes.rtf / QUIT");
 
     // No answer to PASV, and the run's bound passes.
     silent.replies = {"220 ready\r\n", "331 password\r\n", "230 in\r\n", "250 ok\r\n", "", "221 bye\r\n"};

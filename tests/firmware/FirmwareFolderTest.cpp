@@ -61,7 +61,7 @@ TEST_F(FirmwareFolder, NewestFileIsChosenOrTheFolderSaidToLackOne)
     EXPECT_EQ(window->MCUavailableText.Text(), "01.13");
 
     // A newer revision is announced only when it counts; its notes open from the notice.
-    const QStringList notice{"Beep", "MessageWindow", "MsgBox: ERROR: File not found! (vexilfwnotes.rtf)"};
+    const QStringList notice{"Beep", "MessageWindow without notes"};
     const struct { const char *installed, *available, *status; bool startup, announced, notice; } revisions[] = {
         {"01.12", "01.13", "Main", false, true, true}, {"01.12", "01.13", "Main", true, true, false}, {"01.12", "01.12", "Main", false, false, false},
         {"01.13", "01.12", "Main", false, false, false}, {"N/A", "01.13", "Main", false, false, false}, {"01.12", "01.13", "Unknown", false, false, false},
@@ -79,6 +79,16 @@ TEST_F(FirmwareFolder, NewestFileIsChosenOrTheFolderSaidToLackOne)
         EXPECT_EQ(StatusLines().join('|'), row.announced ? "New firmware is available for your Vexil" : "") << row.installed << row.available;
         EXPECT_EQ(std::pair(window->SendVexilButton.Enabled(), platform.calls), std::pair(row.announced, row.notice ? notice : QStringList{}));
     }
+    // With notes in the folder the notice's button opens them.
+    globals.m_FolderPath = root.path() + QLatin1Char('/');
+    Touch(root.filePath("vexilfwnotes.rtf"));
+    window->MCUinstalledText.SetText("01.12");
+    window->MCUavailableText.SetText("01.13");
+    globals.m_FirmwareStatus = "Main";
+    window->mStartup = false;
+    platform.calls.clear();
+    window->CheckNewRevisions();
+    EXPECT_EQ(platform.calls, (QStringList{"Beep", "MessageWindow", "OpenDocument: " + root.filePath("vexilfwnotes.rtf")}));
 }
 
 TEST_F(FirmwareFolder, TypedPathIsTakenByReturnOrEnterCreatedLevelByLevelOnItsVolumeOrRefused)

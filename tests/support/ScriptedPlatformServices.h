@@ -19,8 +19,8 @@ public:
     }
     void ShowMessageWindow(const std::function<void()>& viewReleaseNotes) override
     {
-        calls << QStringLiteral("MessageWindow");
-        if (viewNotesInMessageWindow)
+        calls << (viewReleaseNotes ? QStringLiteral("MessageWindow") : QStringLiteral("MessageWindow without notes"));
+        if (viewNotesInMessageWindow && viewReleaseNotes)
             viewReleaseNotes();
     }
     void ShowAboutWindow(const QString& revisionText) override { calls << QStringLiteral("About: ") + revisionText; }
@@ -34,7 +34,11 @@ public:
         calls << QStringLiteral("OpenDocument: ") + path;
         return documentOpens;
     }
-    bool OpenURL(const QUrl& url) override { calls << QStringLiteral("OpenURL: ") + url.toString(); return true; }
+    bool OpenURL(const QUrl& url) override
+    {
+        calls << QStringLiteral("OpenURL: ") + url.toString();
+        return urlOpens;
+    }
 
     QString ChooseFolder(const QString& title, const QString& actionCaption, const QString& initialFolder) override
     {
@@ -73,4 +77,5 @@ public:
     // The user presses "View Release Notes" in the new-firmware notice.
     bool viewNotesInMessageWindow = false;
     bool documentOpens = true;        // false: no program on the desktop takes the file
+    bool urlOpens = true;             // false: no browser starts
 };
