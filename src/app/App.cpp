@@ -125,6 +125,8 @@ void App::Event_Open()
     m_globals.appHelpFolder = HelpFolderFor(QCoreApplication::applicationDirPath());
     m_helpGlobals.UniHelp =
         std::make_unique<UniHelpEngine>(m_helpGlobals, m_globals.appHelpFolder, QCoreApplication::instance());
+    // The viewer reopens where the reader left it during this run.
+    m_helpGlobals.UniHelp->AutoSet = false;
     // The help menu names the start page; it is opened from the engine's own folder.
     m_window1->SetHelpRunner([this](const QString& file) {
         UniHelpEngine& help = *m_helpGlobals.UniHelp;

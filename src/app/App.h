@@ -3,7 +3,7 @@
 #include "Globals.h"
 #include "OnlyCopyLock.h"
 #include "REALEasyPrefs.h"
-#include "UniHelpGlobals.h"
+#include "PrintingHelpGlobals.h"
 #include "VexilHid.h"
 #include "Window1.h"
 
@@ -66,7 +66,7 @@ private:
     Globals m_globals;
     REALEasyPrefs m_prefs;
     VexilHid m_hid;
-    UniHelpGlobals m_helpGlobals;
+    PrintingHelpGlobals m_helpGlobals;
     std::unique_ptr<Window1> m_window1;
     std::unique_ptr<Window1View> m_view;
 };

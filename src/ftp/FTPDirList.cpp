@@ -87,11 +87,14 @@ FTPParsedDirListLineClass ParseDirListLine(const QString& line)
                                                     "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
     const QStringList fields = Squeeze(line, QStringLiteral(" ")).split(QLatin1Char(' '));
     const qsizetype last = fields.size() - 1;
+    // The first field that is a month wins, field 0 included (which then counts as none).
     qsizetype m = 0;
-    for (qsizetype i = 0; i <= last && m == 0; ++i) {
+    bool found = false;
+    for (qsizetype i = 0; i <= last && !found; ++i) {
         for (const char* month : months) {
             if (fields[i].compare(QLatin1String(month), Qt::CaseInsensitive) == 0) {
                 m = i;
+                found = true;
                 break;
             }
         }

@@ -48,7 +48,7 @@ constexpr std::array Table{
     Row("#223", u'ß'), Row("szlig", u'ß'), Row("#161", u'¡'), Row("iexcl", u'¡'), Row("#191", u'¿'), Row("iquest", u'¿'),
     Row("#339", u'œ'), Exact("oelig", u'œ'), Row("#338", u'Œ'), Exact("OElig", u'Œ'),
     Row("#230", u'æ'), Exact("aelig", u'æ'), Row("#198", u'Æ'), Exact("AElig", u'Æ'),
-    Exact("amp", u'&'),
+    Row("amp", u'&'), // last, and like every row not marked exact, in any case
 };
 
 // Longest form plus one: a ";" further away ends no form.

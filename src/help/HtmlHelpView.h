@@ -36,9 +36,25 @@ signals:
     void StatusChanged(const QString& text);
     void Error(int code, const QString& description);
 
+public:
+    // Page zoom, as browsers have it: steps of one eighth, kept for every page
+    // shown until the view closes; 0 is the page's own size.
+    void Zoom(int steps);
+    int ZoomSteps() const { return m_zoomSteps; }
+
+protected:
+    // Tab and Shift+Tab move between the window's controls, never round the
+    // page's links; Ctrl+Down and Ctrl+Up step through the links instead.
+    bool focusNextPrevChild(bool next) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
 private:
     void FollowLink(const QUrl& link);
     void Finish(const QUrl& url);
+    // Multiplies every font size of the page shown by `factor`.
+    void ScaleFonts(double factor);
+    static double ZoomFactor(int steps);
 
     QUrl m_current;
+    int m_zoomSteps = 0;
 };

@@ -5,6 +5,7 @@
 #include <memory>
 
 class HelpPlatform;
+class HtmlHelpView;
 class UniHelpEngine;
 
 // The help system's shared state and its only way of reporting to the
@@ -30,7 +31,8 @@ public:
     // Hooks an application may override: the first may refuse the HTML view.
     virtual bool UHViewerStatus(bool available) { return available; }
     virtual void UHClosed() {}
-    virtual void UHPrint() {}
+    // Print asked for on this page; without an override nothing happens.
+    virtual void UHPrint(HtmlHelpView& page) { (void)page; }
 
     HelpPlatform& Platform() { return m_platform; }
 

@@ -7,6 +7,7 @@
 
 #include <pugixml.hpp>
 
+#include <QAccessibleWidget>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QFileInfo>
@@ -16,6 +17,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMouseEvent>
+#include <QShortcut>
 #include <QStyle>
 #include <QToolButton>
 #include <QTreeWidget>
@@ -48,6 +50,43 @@ QTreeWidget* MakeList(QWidget* parent, const char* name, bool tree)
     list->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     return list;
+}
+
+constexpr const char* HelpTabProperty = "helpTab";
+
+// The three tab buttons, checkable tool buttons to the toolkit, are page tabs to a screen reader.
+class HelpTabAccessible : public QAccessibleWidget {
+public:
+    explicit HelpTabAccessible(QWidget* button) : QAccessibleWidget(button, QAccessible::PageTab) {}
+    QAccessible::State state() const override
+    {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.selectable = true;
+        state.selected = static_cast<QToolButton*>(widget())->isChecked();
+        return state;
+    }
+    QStringList actionNames() const override { return {pressAction()}; }
+    void doAction(const QString& action) override
+    {
+        if (action == pressAction())
+            static_cast<QToolButton*>(widget())->click();
+    }
+};
+
+QAccessibleInterface* HelpTabFactory(const QString& className, QObject* object)
+{
+    if (className == QLatin1String("QToolButton") && object && object->property(HelpTabProperty).toBool())
+        return new HelpTabAccessible(static_cast<QWidget*>(object));
+    return nullptr;
+}
+
+void InstallHelpTabAccessibility()
+{
+    static const bool installed = [] {
+        QAccessible::installFactory(HelpTabFactory);
+        return true;
+    }();
+    (void)installed;
 }
 
 } // namespace
@@ -84,7 +123,8 @@ void UniHelpViewer::BuildControls()
         b->setAutoRaise(true);
         b->setIcon(icon);
         b->setIconSize(QSize(rect.width() - 4, rect.height() - 4).boundedTo(QSize(22, 22)));
-        b->setFocusPolicy(Qt::NoFocus);
+        // Reached with Tab, not taken by a click: the click's target keeps the focus.
+        b->setFocusPolicy(Qt::TabFocus);
         add(b, name, rect, locks, tip);
         return b;
     };
@@ -115,12 +155,16 @@ void UniHelpViewer::BuildControls()
                       ThemeIcon("document-print", QStyle::SP_FileDialogDetailedView));
     BtnPrint->hide();
     BtnPrint->setEnabled(false);
-    BtnContents = button("BtnContents", {0, 4, 37, 32}, L::Left | L::Top, "Contents", StyleIcon(QStyle::SP_DirClosedIcon));
-    BtnIndex = button("BtnIndex", {36, 4, 37, 32}, L::Left | L::Top, "Index", StyleIcon(QStyle::SP_FileDialogListView));
-    BtnSearch = button("BtnSearch", {72, 4, 37, 32}, L::Left | L::Top, "Search",
+    BtnContents = button("BtnContents", {0, 4, 37, 32}, L::Left | L::Top, "Contents (Alt+C)", StyleIcon(QStyle::SP_DirClosedIcon));
+    BtnIndex = button("BtnIndex", {36, 4, 37, 32}, L::Left | L::Top, "Index (Alt+I)", StyleIcon(QStyle::SP_FileDialogListView));
+    BtnSearch = button("BtnSearch", {72, 4, 37, 32}, L::Left | L::Top, "Search (Alt+S)",
                        ThemeIcon("edit-find", QStyle::SP_FileDialogContentsView));
-    for (QToolButton* tab : {BtnContents, BtnIndex, BtnSearch})
+    for (QToolButton* tab : {BtnContents, BtnIndex, BtnSearch}) {
         tab->setCheckable(true);
+        // A screen reader announces these as the page tabs they are.
+        tab->setProperty(HelpTabProperty, true);
+    }
+    InstallHelpTabAccessibility();
 
     HelpList = MakeList(this, "HelpList", true);
     add(HelpList, "HelpList", {-1, 44, 231, 326}, L::Left | L::Top | L::Bottom);
@@ -146,6 +190,13 @@ void UniHelpViewer::BuildControls()
     SearchField->setAccessibleName(QStringLiteral("Search for"));
     SearchList->setAccessibleName(QStringLiteral("Search results"));
     HelpView->setAccessibleName(QStringLiteral("Help page"));
+    const std::pair<QWidget*, const char*> names[] = {
+        {BtnBack, "Back"}, {BtnNext, "Forward"}, {BtnHistory, "History"}, {BtnHome, "Home page"},
+        {BtnPrint, "Print page"}, {BtnContents, "Contents"}, {BtnIndex, "Index"}, {BtnSearch, "Search"},
+        {SearchBtn, "Find"},
+    };
+    for (const auto& [widget, name] : names)
+        widget->setAccessibleName(QLatin1String(name));
     StatusLabel = new QLabel(this);
     QPalette grey = StatusLabel->palette();
     grey.setColor(QPalette::WindowText, QColor(0x66, 0x66, 0x66));
@@ -162,6 +213,20 @@ void UniHelpViewer::BuildControls()
                          StyleIcon(QStyle::SP_TitleBarShadeButton));
     BtnExpand = button("BtnExpand", {112, 376, 17, 18}, L::Left | L::Bottom, "Expand Contents List",
                        StyleIcon(QStyle::SP_TitleBarUnshadeButton));
+
+    const std::pair<QWidget*, const char*> listButtons[] = {
+        {BtnUp, "Previous topic"}, {BtnDown, "Next topic"}, {BtnSmaller, "Smaller list text"},
+        {BtnLarger, "Larger list text"}, {BtnCollapse, "Collapse all chapters"}, {BtnExpand, "Expand all chapters"},
+    };
+    for (const auto& [widget, name] : listButtons)
+        widget->setAccessibleName(QLatin1String(name));
+    // Tab goes round the tabs, the field and list shown, the page, the toolbar and the list buttons.
+    const QList<QWidget*> order{BtnContents, BtnIndex, BtnSearch, IndexField, SearchField, SearchBtn, HelpList, IndexList,
+                                SearchList, HelpView, BtnBack, BtnNext, BtnHistory, BtnHome, BtnPrint, BtnUp, BtnDown,
+                                BtnSmaller, BtnLarger, BtnCollapse, BtnExpand};
+    for (qsizetype i = 1; i < order.size(); ++i)
+        setTabOrder(order[i - 1], order[i]);
+    AddKeys();
 
     for (QWidget* field : std::initializer_list<QWidget*>{HelpList, IndexList, SearchList, StatusLabel, IndexField, SearchField}) {
         QFont font = field->font();
@@ -202,6 +267,13 @@ void UniHelpViewer::BuildControls()
     connect(HelpList, &QTreeWidget::itemDoubleClicked, this, &UniHelpViewer::HelpList_DoubleClick);
     connect(IndexList, &QTreeWidget::itemSelectionChanged, this, &UniHelpViewer::IndexList_Change);
     connect(IndexField, &QLineEdit::textChanged, this, &UniHelpViewer::IndexField_TextChange);
+    // Return opens: the index entry the typed text matched, a search hit, a contents row.
+    connect(IndexField, &QLineEdit::returnPressed, this, [this] {
+        if (QTreeWidgetItem* row = IndexList->topLevelItem(m_indexMatch); row && m_indexMatch >= 0)
+            IndexList->setCurrentItem(row);
+    });
+    connect(SearchList, &QTreeWidget::itemActivated, this, [this](QTreeWidgetItem* row) { GetSelectedTopic(row, 2); });
+    HelpList->installEventFilter(this);
     connect(SearchField, &QLineEdit::returnPressed, this, [this] { SearchField_KeyDown(13); });
     connect(SearchBtn, &QToolButton::clicked, this, &UniHelpViewer::SearchBtn_Action);
     connect(SearchList, &QTreeWidget::itemSelectionChanged, this, &UniHelpViewer::SearchList_Change);
@@ -243,6 +315,41 @@ void UniHelpViewer::ConfigureGraphics()
     BtnContents->setIcon(IconCategory);
 }
 
+void UniHelpViewer::AddKeys()
+{
+    const auto key = [this](const QKeySequence& sequence, std::function<void()> action) {
+        auto* shortcut = new QShortcut(sequence, this);
+        connect(shortcut, &QShortcut::activated, this, std::move(action));
+    };
+    key(QKeySequence(QStringLiteral("Alt+C")), [this] { TabSelected(0); HelpList->setFocus(); });
+    key(QKeySequence(QStringLiteral("Alt+I")), [this] { TabSelected(1); });
+    key(QKeySequence(QStringLiteral("Alt+S")), [this] { TabSelected(2); });
+    key(QKeySequence::Find, [this] {
+        TabSelected(2);
+        SearchField->selectAll();
+    });
+    key(QKeySequence(QStringLiteral("Alt+Left")), [this] { BtnBack->click(); });
+    key(QKeySequence(QStringLiteral("Alt+Right")), [this] { BtnNext->click(); });
+    key(QKeySequence(QStringLiteral("Alt+Home")), [this] { BtnHome->click(); });
+    for (const QKeySequence& larger : {QKeySequence(QKeySequence::ZoomIn), QKeySequence(QStringLiteral("Ctrl+="))})
+        key(larger, [this] { HelpView->Zoom(HelpView->ZoomSteps() + 1); });
+    key(QKeySequence::ZoomOut, [this] { HelpView->Zoom(HelpView->ZoomSteps() - 1); });
+    key(QKeySequence(QStringLiteral("Ctrl+0")), [this] { HelpView->Zoom(0); });
+}
+
+bool UniHelpViewer::eventFilter(QObject* watched, QEvent* event)
+{
+    // Return on a contents row opens it, as a click does.
+    if (watched == HelpList && event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        if ((key == Qt::Key_Return || key == Qt::Key_Enter) && HelpList->currentItem()) {
+            GetSelectedTopic(HelpList->currentItem(), 0);
+            return true;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
 void UniHelpViewer::TabSelected(int tab)
 {
     const int previous = m_panel;
@@ -253,6 +360,9 @@ void UniHelpViewer::TabSelected(int tab)
         w->setVisible(tab == 1);
     for (QWidget* w : std::initializer_list<QWidget*>{SearchField, SearchBtn, SearchList})
         w->setVisible(tab == 2);
+    // Typing works at once in the tab chosen.
+    if (tab == 1)
+        IndexField->setFocus();
     if (tab == 2)
         SearchField->setFocus();
     PaintTabs();
@@ -403,7 +513,7 @@ void UniHelpViewer::BtnHome_MouseDown()
 void UniHelpViewer::BtnPrint_MouseDown()
 {
     if (ShowPrintButton)
-        m_globals.UHPrint();
+        m_globals.UHPrint(*HelpView);
 }
 
 bool UniHelpViewer::IsCursorGrabbing(int x, int y) const

@@ -168,6 +168,7 @@ public:
     QToolButton* BtnExpand;
 
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
@@ -178,6 +179,8 @@ protected:
 
 private:
     void BuildControls();
+    // The keys of a browser: tabs, back and forward, home, find, page zoom.
+    void AddKeys();
     void CopyGeometry();
     void MoveHorizontally(QWidget* widget, int left, int width);
     QTreeWidget* CurrentList() const;
@@ -195,6 +198,8 @@ private:
     UniHelpGlobals& m_globals;
     DesignLayout m_layout;
     int m_panel = 0;
+    // The index row the typed text matched last; -1: none.
+    int m_indexMatch = -1;
     bool m_dragging = false;
     std::unique_ptr<pugi::xml_document> tocxml;
     std::unique_ptr<pugi::xml_document> indexml;

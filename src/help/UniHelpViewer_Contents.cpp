@@ -171,7 +171,7 @@ void UniHelpViewer::SelectListTopic(const QString& page)
     pugi::xpath_node_set found;
     try {
         found = tocxml->select_nodes(
-            (QStringLiteral("//page[@source='") + RelativeToHelpFolder(page) + QStringLiteral("']")).toUtf8().constData());
+            (QStringLiteral("//*[translate(name(),'PAGE','page')='page'][@source='") + RelativeToHelpFolder(page) + QStringLiteral("']")).toUtf8().constData());
     } catch (const pugi::xpath_exception&) {
         m_globals.UHError(TocInvalidText());
         return;

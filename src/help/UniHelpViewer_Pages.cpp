@@ -109,7 +109,8 @@ void UniHelpViewer::LoadHelpFile(const QString& file, bool addHistory, bool high
         return;
     }
     IsUHLink = true;
-    if (highlight && UseFullTextSearch && ShowSearchHighlights) {
+    // Only a page is marked: a picture or a text file would be shown as mangled text.
+    if (highlight && UseFullTextSearch && ShowSearchHighlights && KindOfHelpFile(QFileInfo(file).fileName()) == HelpFileKind::Page) {
         // Shown from memory; the file on disk stays as it is.
         const QString marked = HelpText::SearchHighlight(term, file);
         if (!marked.isEmpty()) {
@@ -221,10 +222,12 @@ void UniHelpViewer::HelpView_DocumentComplete(const QUrl& url)
 void UniHelpViewer::HelpView_StatusChanged(const QString& text)
 {
     const QString link = text.section(QLatin1Char('"'), 1, 1);
-    if (link.contains(QLatin1String("http://")) || link.contains(QLatin1String("https://"))
-        || link.contains(QLatin1String("ftp://")) || link.startsWith(QLatin1String("mailto:")))
+    // Qt gives a link's scheme in lower case, so none of these may depend on case.
+    constexpr auto any = Qt::CaseInsensitive;
+    if (link.contains(QLatin1String("http://"), any) || link.contains(QLatin1String("https://"), any)
+        || link.contains(QLatin1String("ftp://"), any) || link.startsWith(QLatin1String("mailto:"), any))
         StatusLabel->setText(link);
-    else if (link.contains(QLatin1String("UHScript:")))
+    else if (link.contains(QLatin1String("UHScript:"), any))
         StatusLabel->setText(QStringLiteral("Click to Run Script"));
     else
         StatusLabel->clear();
@@ -241,7 +244,7 @@ void UniHelpViewer::AddToHistory(const QString& file)
     }
     try {
         const pugi::xpath_node found = tocxml->select_node(
-            (QStringLiteral("//page[@source='") + RelativeToHelpFolder(file) + QStringLiteral("']")).toUtf8().constData());
+            (QStringLiteral("//*[translate(name(),'PAGE','page')='page'][@source='") + RelativeToHelpFolder(file) + QStringLiteral("']")).toUtf8().constData());
         if (found)
             title = Attribute(found.node(), "name");
     } catch (const pugi::xpath_exception&) {

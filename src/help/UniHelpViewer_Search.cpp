@@ -60,6 +60,7 @@ void UniHelpViewer::IndexField_TextChange()
     int row = 0;
     while (!matches(row) && row < last)
         ++row;
+    m_indexMatch = matches(row) ? row : -1;
     if (!matches(row))
         return;
     // Top of the view where the list is long enough; near its end the last
