@@ -89,15 +89,11 @@ void HtmlHelpView::LoadText(const QString& html, const QString& baseFile)
 void HtmlHelpView::Finish(const QUrl& url)
 {
     // A new page comes at its own size: the zoom is applied to it afresh.
+    NotePageSizes();
     if (m_zoomSteps != 0)
-        ScaleFonts(ZoomFactor(m_zoomSteps));
+        ApplyZoom();
     m_current = url;
     emit DocumentComplete(url);
-}
-
-double HtmlHelpView::ZoomFactor(int steps)
-{
-    return std::pow(1.125, steps);
 }
 
 void HtmlHelpView::Zoom(int steps)
@@ -106,31 +102,37 @@ void HtmlHelpView::Zoom(int steps)
     const int clamped = std::clamp(steps, -2, 6);
     if (clamped == m_zoomSteps)
         return;
-    ScaleFonts(ZoomFactor(clamped) / ZoomFactor(m_zoomSteps));
     m_zoomSteps = clamped;
+    ApplyZoom();
 }
 
-void HtmlHelpView::ScaleFonts(double factor)
+void HtmlHelpView::NotePageSizes()
 {
-    QTextDocument* page = document();
-    const double plain = page->defaultFont().pointSizeF() > 0 ? page->defaultFont().pointSizeF() : font().pointSizeF();
-    // Collected first: changing a format may merge the fragments being walked.
-    struct Run {
-        int start, length;
-        QTextCharFormat format;
-    };
-    std::vector<Run> runs;
-    for (QTextBlock block = page->begin(); block.isValid(); block = block.next())
+    // The page's own sizes, so that every zoom is taken from them and 0 gives them back exactly.
+    m_runs.clear();
+    for (QTextBlock block = document()->begin(); block.isValid(); block = block.next())
         for (auto it = block.begin(); !it.atEnd(); ++it)
-            runs.push_back({it.fragment().position(), it.fragment().length(), it.fragment().charFormat()});
-    QTextCursor cursor(page);
+            m_runs.push_back({it.fragment().position(), it.fragment().length(), it.fragment().charFormat().fontPointSize()});
+}
+
+void HtmlHelpView::ApplyZoom()
+{
+    const double factor = std::pow(1.125, m_zoomSteps);
+    const double plain = font().pointSizeF();
+    QTextCursor cursor(document());
     cursor.beginEditBlock();
-    for (Run& run : runs) {
-        const double size = run.format.fontPointSize() > 0 ? run.format.fontPointSize() : plain;
-        run.format.setFontPointSize(size * factor);
+    for (const Run& run : m_runs) {
         cursor.setPosition(run.start);
         cursor.setPosition(run.start + run.length, QTextCursor::KeepAnchor);
-        cursor.setCharFormat(run.format);
+        QTextCharFormat format;
+        format.setFontPointSize((run.size > 0 ? run.size : plain) * factor);
+        if (m_zoomSteps == 0 && run.size <= 0) {
+            QTextCharFormat own = cursor.charFormat();
+            own.clearProperty(QTextFormat::FontPointSize);
+            cursor.setCharFormat(own);
+        } else {
+            cursor.mergeCharFormat(format);
+        }
     }
     cursor.endEditBlock();
 }

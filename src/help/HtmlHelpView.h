@@ -4,6 +4,7 @@
 #include <QUrl>
 
 #include <functional>
+#include <vector>
 
 // The page area of the help viewer: a light offline HTML view. The program
 // starts loads; a link the reader follows is offered to `CancelLoad` first.
@@ -51,10 +52,14 @@ protected:
 private:
     void FollowLink(const QUrl& link);
     void Finish(const QUrl& url);
-    // Multiplies every font size of the page shown by `factor`.
-    void ScaleFonts(double factor);
-    static double ZoomFactor(int steps);
+    void NotePageSizes();
+    void ApplyZoom();
 
+    struct Run {
+        int start, length;
+        double size; // 0: the view's own font size
+    };
+    std::vector<Run> m_runs;
     QUrl m_current;
     int m_zoomSteps = 0;
 };

@@ -564,6 +564,12 @@ TEST(ProgramMenus, HelpItemOpensTheManualsStartPage)
     UniHelpViewer* viewer = OpenViewer();
     ASSERT_NE(viewer, nullptr) << help.calls.join(QLatin1Char('|')).toStdString();
     EXPECT_EQ(viewer->HelpView->CurrentUrl().toLocalFile(), QStringLiteral(MANUAL_DIR "/VexilUtility.htm"));
+    // Made larger, it reopens at that size within the run.
+    viewer->resize(820, 530);
+    CloseViewersNow();
+    app.view()->findChild<QAction*>(QStringLiteral("HelpVexilUtilHelp"))->trigger();
+    ASSERT_NE(viewer = OpenViewer(), nullptr);
+    EXPECT_EQ(viewer->size(), QSize(820, 530));
     CloseViewersNow();
 
     // A second start brings the running copy's window forward.

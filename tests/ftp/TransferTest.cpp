@@ -357,6 +357,8 @@ TEST(ParseDirListLine, UnixAndDirectoryForms)
         {"total 12", "", 0, 0, "", ""},
         {"", "", 0, 0, "", ""},
         {"name only from nlst", "", 0, 0, "", ""},
+        // A month in field 0 is the first found, and field 0 counts as none: a later month does not win.
+        {"Jan 5 10:00 x May 3 11:00 y", "", 0, 0, "", ""},
     };
     for (const auto& row : rows) {
         const FTPParsedDirListLineClass r = FTPSessionClass::ParseDirListLine(row.line);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "HelpPlatform.h"
+#include "HtmlHelpView.h"
 #include "UniHelpEngine.h"
 #include "UniHelpGlobals.h"
 #include "UniHelpViewer.h"
@@ -47,9 +48,11 @@ public:
     using UniHelpGlobals::UniHelpGlobals;
     bool UHViewerStatus(bool available) override { return available && viewAvailable; }
     void UHClosed() override { ++closed; }
+    void UHPrint(HtmlHelpView& page) override { printed << page.CurrentUrl().fileName(); }
 
     bool viewAvailable = true;
     int closed = 0;
+    QStringList printed;
 };
 
 // A small help folder "Help" in a temporary directory; each file can be

@@ -5,6 +5,7 @@
 #include "UniHelpViewer.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QToolButton>
 #include <QTreeWidget>
 
@@ -30,7 +31,7 @@ protected:
                      "<page name='Deep' source='sub/deep.htm'/></chapter></chapter></chapter>"
                      "<page name='Same' source='samepage.htm'/>"
                      "<CHAPTER name='Later'><page name='Twice again' source='twice.htm'/></CHAPTER>"
-                     "<page name='Quote' source=\"it's.htm\"/></helpbook>");
+                     "<page name='Quote' source=\"it's.htm\"/><PAGE name='Upper' source='upper.htm'/></helpbook>");
         folder.Write(QStringLiteral("uhindex.xml"),
                      "<helpindex><topic name='anchor' source='#top'/><topic name='web' source='http://example.org/x'/>"
                      "<topic name='blank' source='a b://c.htm'/><topic name='script' source=\"UHScript:say%20'hi'\"/>"
@@ -39,7 +40,7 @@ protected:
                      "<topic name='other' source='other.htm'/><topic name='slash' source='slash.htm'/></helpindex>");
         QDir(folder.path).mkpath(QStringLiteral("sub"));
         for (const char* page : {"slash.htm", "twice.htm", "sub/deep.htm", "samepage.htm", "notintoc.htm", "it's.htm",
-                                 "pic.png", "tone.wav", "../escape.htm"})
+                                 "pic.png", "tone.wav", "../escape.htm", "upper.htm"})
             folder.Write(QLatin1String(page), "<p>page</p>");
         globals.UniHelp = std::make_unique<RecordingEngine>(globals, folder.path);
     }
@@ -73,6 +74,7 @@ TEST_F(HelpPagesTest, TheTreeOpensDownToThePageShown)
         {"sub/deep.htm", "helpbook/chapter[2]/chapter[1]/chapter[1]/page[1]", 3},
         {"samepage.htm", "", 1},                              // the chapter of that name comes first
         {"notintoc.htm", "", 0},
+        {"upper.htm", "helpbook/page[4]", 0},                  // element names count in any case
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.page);
@@ -85,7 +87,7 @@ TEST_F(HelpPagesTest, TheTreeOpensDownToThePageShown)
         for (QTreeWidgetItem* row = viewer->HelpList->topLevelItem(0); row; row = viewer->HelpList->itemBelow(row))
             expanded += row->isExpanded();
         EXPECT_EQ(expanded, c.expanded);
-        EXPECT_EQ(viewer->HelpList->topLevelItemCount(), 6);
+        EXPECT_EQ(viewer->HelpList->topLevelItemCount(), 7);
     }
     EXPECT_TRUE(platform.calls.isEmpty()) << platform.calls.join(QLatin1Char('\n')).toStdString();
 }
@@ -134,6 +136,16 @@ TEST_F(HelpPagesTest, EachKindOfSourceDoesItsOwnThing)
         EXPECT_EQ(viewer->HistoryFile.size() - 1, c.history);
     }
     EXPECT_EQ(static_cast<RecordingEngine&>(*globals.UniHelp).scripts, QStringList({QStringLiteral("say \"hi\"")}));
+
+    // Qt hands a script link's scheme over in lower case.
+    viewer->HelpView_StatusChanged(QStringLiteral("Link: \"uhscript:say\""));
+    EXPECT_EQ(viewer->StatusLabel->text(), QStringLiteral("Click to Run Script"));
+    // From a search hit only a page is marked: a picture stays a picture, a text file keeps its lines.
+    folder.Write(QStringLiteral("notes.txt"), "page one\npage two");
+    viewer->LoadHelpFile(folder.File(QStringLiteral("pic.png")), false, true, QStringLiteral("page"));
+    EXPECT_TRUE(viewer->HelpView->toHtml().contains(QStringLiteral("<img")));
+    viewer->LoadHelpFile(folder.File(QStringLiteral("notes.txt")), false, true, QStringLiteral("page"));
+    EXPECT_EQ(viewer->HelpView->toPlainText(), QStringLiteral("page one\npage two"));
 }
 
 TEST_F(HelpPagesTest, BackNextAndTheHistoryMenuWalkTheVisitedPages)

@@ -34,6 +34,7 @@ TEST(HelpText, StripHTML)
         {u"&Auml;&auml;&AUML;&#196;&Yuml;&#376;&SZLIG;&iexcl;&IQUEST;&AElig;&aelig;&AELIG;&OElig;"_qs, u"Ää&AUML;ÄŸŸß¡¿Ææ&AELIG;Œ"_qs},
         {u"&amp;lt;&amp;eacute;&amp;amp;&lt;&gt;&nbsp;&&eacute;&eacute"_qs, u"&lt;&eacute;&amp;&lt;&gt;&nbsp;&é&eacute"_qs},
         {u"&ſzlig;&#x22;"_qs, u"&ſzlig;&#x22;"_qs},
+        {u"&AMP;lt;&Amp;"_qs, u"&lt;&"_qs},
     };
     for (const auto& c : cases)
         EXPECT_EQ(StripHTML(c.html), c.text) << c.html.toStdString();

@@ -3,7 +3,10 @@
 #include "UniHelpEngine.h"
 #include "UniHelpViewer.h"
 
+#include <QAccessible>
 #include <QApplication>
+#include <QTest>
+#include <QTextCursor>
 #include <QFontDatabase>
 #include <QLabel>
 #include <QLineEdit>
@@ -315,6 +318,70 @@ TEST_F(HelpViewerTest, SearchListsHitsInContentsOrderAndRunOpensTheFirstMarked)
         EXPECT_EQ(text.contains(*c.marked ? c.marked : QString(c.term).toUpper()), *c.marked != 0) << c.term;
         EXPECT_TRUE(viewer->SearchList->selectedItems().isEmpty());
     }
+}
+
+TEST_F(HelpViewerTest, EverythingWorksFromTheKeyboardAndEveryControlIsNamed)
+{
+    folder.Write("uhindex.xml", "<helpindex><topic name='Other' source='other.htm'/><topic name='Welcome' source='VexilUtility.htm'/></helpindex>");
+    folder.Write("VexilUtility.htm", "<html><body><h1>Welcome</h1><p>See <a href='other.htm'>other</a> or <a href='other.htm#x'>there</a>.</p></body></html>");
+    UniHelpViewer* viewer = nullptr;
+    ASSERT_NE(viewer = RunStartPage(), nullptr);
+    viewer->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(viewer));
+    const auto focused = [] { return QApplication::focusWidget(); };
+    const auto shown = [&] { return viewer->HelpView->CurrentUrl().toLocalFile(); };
+
+    // Tab goes round every control shown and out of the page; Shift+Tab comes back.
+    viewer->BtnContents->setFocus();
+    QList<QWidget*> round;
+    for (int i = 0; i < 30 && (round.isEmpty() || focused() != viewer->BtnContents); ++i) {
+        round << focused();
+        QTest::keyClick(focused(), Qt::Key_Tab);
+    }
+    EXPECT_EQ(focused(), viewer->BtnContents);
+    for (QWidget* control : QList<QWidget*>{viewer->BtnIndex, viewer->HelpList, viewer->HelpView, viewer->BtnHome, viewer->BtnLarger})
+        EXPECT_TRUE(round.contains(control)) << control->objectName().toStdString();
+    viewer->HelpView->setFocus();
+    QTest::keyClick(viewer->HelpView, Qt::Key_Down, Qt::ControlModifier);
+    EXPECT_EQ(focused(), viewer->HelpView) << "Ctrl+Down steps to a link and stays in the page";
+    QTest::keyClick(viewer->HelpView, Qt::Key_Backtab, Qt::ShiftModifier);
+    EXPECT_EQ(focused(), viewer->HelpList);
+
+    // Each tab's key puts the cursor in its field; Return opens the match and the hit.
+    QTest::keyClick(viewer, Qt::Key_I, Qt::AltModifier);
+    EXPECT_EQ(std::pair(viewer->HelpTabsValue(), focused()), std::pair(1, static_cast<QWidget*>(viewer->IndexField)));
+    QTest::keyClicks(viewer->IndexField, "oth");
+    QTest::keyClick(viewer->IndexField, Qt::Key_Return);
+    EXPECT_EQ(shown(), folder.File("other.htm"));
+    QTest::keyClick(viewer, Qt::Key_F, Qt::ControlModifier);
+    EXPECT_EQ(std::pair(viewer->HelpTabsValue(), focused()), std::pair(2, static_cast<QWidget*>(viewer->SearchField)));
+    QTest::keyClicks(viewer->SearchField, "Welcome");
+    QTest::keyClick(viewer->SearchField, Qt::Key_Return);
+    ASSERT_EQ(viewer->SearchList->topLevelItemCount(), 1);
+    viewer->SearchList->setCurrentItem(viewer->SearchList->topLevelItem(0));
+    QTest::keyClick(viewer, Qt::Key_Left, Qt::AltModifier);
+    EXPECT_EQ(shown(), folder.File("other.htm")) << "Alt+Left goes back";
+    viewer->SearchList->setFocus();
+    QTest::keyClick(viewer->SearchList, Qt::Key_Return);
+    EXPECT_EQ(shown(), folder.File("VexilUtility.htm"));
+
+    // Page zoom, kept for the next page; Ctrl+0 goes back to the page's own size.
+    const auto size = [&] { return QTextCursor(viewer->HelpView->document()).charFormat().fontPointSize(); };
+    const double plain = size();
+    QTest::keyClick(viewer, Qt::Key_Plus, Qt::ControlModifier);
+    viewer->LoadHelpFile(folder.File("other.htm"), false, false, QString());
+    EXPECT_GT(size(), plain);
+    QTest::keyClick(viewer, Qt::Key_0, Qt::ControlModifier);
+    EXPECT_DOUBLE_EQ(size(), plain);
+
+    viewer->BtnPrint->click();
+    EXPECT_EQ(globals.printed, QStringList{"other.htm"}) << "Print prints the page shown";
+
+    // A screen reader hears every button by what it does, and the tabs as page tabs.
+    for (QToolButton* button : viewer->findChildren<QToolButton*>())
+        EXPECT_FALSE(QAccessible::queryAccessibleInterface(button)->text(QAccessible::Name).isEmpty()) << button->objectName().toStdString();
+    for (QToolButton* tab : {viewer->BtnContents, viewer->BtnIndex, viewer->BtnSearch})
+        EXPECT_EQ(QAccessible::queryAccessibleInterface(tab)->role(), QAccessible::PageTab);
 }
 
 } // namespace
