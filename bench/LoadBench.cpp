@@ -1,3 +1,4 @@
+#include "BenchSupport.h"
 #include "Globals.h"
 #include "HexFile.h"
 #include "ScriptedPlatformServices.h"
@@ -79,9 +80,9 @@ void BM_WholeLoad(benchmark::State& state)
     state.counters["us_per_packet"] = loopUs / runs / packets;
     state.counters["whole_load_s"] = wholeUs / runs / 1e6;
     if (latencyUs > 0)
-        state.counters["loop_vs_wire"] = loopUs / runs / (double(packets) * double(latencyUs));
+        state.counters["ratio_vs_wire"] = loopUs / runs / (double(packets) * double(latencyUs));
 }
-BENCHMARK(BM_WholeLoad)->Arg(0)->Iterations(5)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_WholeLoad)->Arg(0)->Iterations(Runs(5))->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_WholeLoad)->Arg(1000)->Iterations(1)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 } // namespace
