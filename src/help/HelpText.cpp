@@ -120,7 +120,20 @@ std::optional<QString> HelpText::StripHTML(QStringView html)
     out.reserve(text.size());
     qsizetype done = 0;
     for (;;) {
-        const QRegularExpressionMatch match = tag.match(text, done, QRegularExpression::NormalMatch, options);
+        // The expression's first match starts at the next "<", and where no "*"
+        // comes before the next ">" it ends at that ">": its lazy parts try the
+        // shortest way first. Only the other tags need the engine.
+        const qsizetype open = text.indexOf(u'<', done);
+        if (open < 0)
+            break;
+        const qsizetype close = text.indexOf(u'>', open + 1);
+        if (close >= 0 && QStringView(text).sliced(open, close - open).indexOf(u'*') < 0) {
+            out += QStringView(text).sliced(done, open - done);
+            out += u' ';
+            done = close + 1;
+            continue;
+        }
+        const QRegularExpressionMatch match = tag.match(text, open, QRegularExpression::NormalMatch, options);
         if (!match.isValid())
             return std::nullopt;
         if (!match.hasMatch())
@@ -225,6 +238,14 @@ bool HelpText::SearchPage(const QString& term, const QString& source, const QStr
     const std::optional<QByteArray> bytes = ReadFile(path);
     if (!bytes || !MayContain(*bytes, term))
         return false;
+    // A blank of the term may stand for a tag, but each word between blanks
+    // lies whole in one stretch of the page's text: a page without one of them
+    // need not be stripped.
+    if (term.contains(u' ')) {
+        for (const QString& word : term.split(u' ', Qt::SkipEmptyParts))
+            if (!MayContain(*bytes, word))
+                return false;
+    }
     const std::optional<QString> text = StripHTML(QString::fromUtf8(*bytes));
     return text && ContainsTerm(*text, term);
 }

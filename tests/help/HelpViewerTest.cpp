@@ -339,6 +339,7 @@ TEST_F(HelpViewerTest, EverythingWorksFromTheKeyboardAndEveryControlIsNamed)
         QTest::keyClick(focused(), Qt::Key_Tab);
     }
     EXPECT_EQ(focused(), viewer->BtnContents);
+    EXPECT_EQ(round.count(viewer->HelpView), 1) << "the page is one stop, not one per link";
     for (QWidget* control : QList<QWidget*>{viewer->BtnIndex, viewer->HelpList, viewer->HelpView, viewer->BtnHome, viewer->BtnLarger})
         EXPECT_TRUE(round.contains(control)) << control->objectName().toStdString();
     viewer->HelpView->setFocus();
