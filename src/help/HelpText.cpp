@@ -7,6 +7,11 @@
 
 #include <array>
 
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace {
 
 constexpr auto Options = QRegularExpression::CaseInsensitiveOption | QRegularExpression::InvertedGreedinessOption;
@@ -215,27 +220,66 @@ HelpText::SourceKind HelpText::KindOf(const QString& source)
     return SourceKind::File;
 }
 
-QString HelpText::PageFile(const QString& helpFolder, const QString& source)
+namespace {
+
+// The path a `source` of the file kind names below `helpFolder`, whether or not it exists.
+QString PagePath(const QString& helpFolder, const QString& source)
 {
-    if (KindOf(source) != SourceKind::File)
+    if (HelpText::KindOf(source) != HelpText::SourceKind::File)
         return {};
     QString decoded = source;
     decoded.replace(QLatin1String("%20"), QLatin1String(" ")).replace(QLatin1String("%26"), QLatin1String("&"));
-    QDir dir(helpFolder);
     const QStringList fields = decoded.split(u'/');
     for (const QString& field : fields)
         if (!IsPlainName(field))
             return {};
-    const QString path = dir.filePath(fields.join(u'/'));
-    return QFileInfo(path).isFile() ? path : QString();
+    return QDir(helpFolder).filePath(fields.join(u'/'));
+}
+
+// The bytes of a regular file, in one open: a search reads a thousand pages,
+// and a name in the index that is a pipe or a device must not hang it.
+std::optional<QByteArray> ReadRegularFile(const QString& path)
+{
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (fd < 0)
+        return std::nullopt;
+    struct stat info {};
+    std::optional<QByteArray> bytes;
+    if (::fstat(fd, &info) == 0 && S_ISREG(info.st_mode)) {
+        QByteArray data(static_cast<qsizetype>(info.st_size), Qt::Uninitialized);
+        qsizetype got = 0;
+        bool failed = false;
+        while (got < data.size()) {
+            const ssize_t n = ::read(fd, data.data() + got, static_cast<size_t>(data.size() - got));
+            if (n < 0 && errno == EINTR)
+                continue;
+            failed = n < 0;
+            if (n <= 0)
+                break;
+            got += n;
+        }
+        data.truncate(got);
+        if (!failed)
+            bytes = std::move(data);
+    }
+    ::close(fd);
+    return bytes;
+}
+
+} // namespace
+
+QString HelpText::PageFile(const QString& helpFolder, const QString& source)
+{
+    const QString path = PagePath(helpFolder, source);
+    return !path.isEmpty() && QFileInfo(path).isFile() ? path : QString();
 }
 
 bool HelpText::SearchPage(const QString& term, const QString& source, const QString& helpFolder)
 {
-    const QString path = PageFile(helpFolder, source);
+    const QString path = PagePath(helpFolder, source);
     if (path.isEmpty())
         return false;
-    const std::optional<QByteArray> bytes = ReadFile(path);
+    const std::optional<QByteArray> bytes = ReadRegularFile(path);
     if (!bytes || !MayContain(*bytes, term))
         return false;
     // A blank of the term may stand for a tag, but each word between blanks

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -79,6 +81,8 @@ TEST(HelpText, SearchPage)
     write(u"sub/Tips & Tricks.htm"_qs, u"<body>Tricks"_qs);
     write(u"hostile.htm"_qs, u"<body>Vexil "_qs + Hostile().repeated(200));
     QFile(help.filePath(u"Load page.htm"_qs)).copy(dir.filePath(u"outside.htm"_qs));
+    // A pipe named as a page must not hang the search, nor may a folder.
+    ASSERT_EQ(::mkfifo(QFile::encodeName(help.filePath(u"pipe.htm"_qs)).constData(), 0600), 0);
     const struct {
         QString term, source;
         bool found;
@@ -91,6 +95,7 @@ TEST(HelpText, SearchPage)
         {u"vexil"_qs, u"#Load%20page.htm"_qs, false},
         {u"vexil"_qs, u"UHScript:Load%20page.htm"_qs, false}, {u"vexil"_qs, u"../outside.htm"_qs, false},
         {u"vexil"_qs, u"missing.htm"_qs, false},          {u"vexil"_qs, u"hostile.htm"_qs, false},
+        {u"vexil"_qs, u"pipe.htm"_qs, false},             {u"vexil"_qs, u"sub"_qs, false},
     };
     for (const auto& c : cases)
         EXPECT_EQ(SearchPage(c.term, c.source, help.path()), c.found) << c.term.toStdString() << " in " << c.source.toStdString();
